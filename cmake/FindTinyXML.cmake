@@ -1,0 +1,21 @@
+# Finds TinyXML 1 (the "tinyxml.h" of the package libtinyxml-dev) and defines TinyXML::TinyXML.
+find_path(TinyXML_INCLUDE_DIR tinyxml.h)
+find_library(TinyXML_LIBRARY tinyxml)
+if(TinyXML_INCLUDE_DIR)
+    file(STRINGS "${TinyXML_INCLUDE_DIR}/tinyxml.h" _lines REGEX "const int TIXML_(MAJOR|MINOR|PATCH)_VERSION")
+    set(_numbers "")
+    foreach(_line IN LISTS _lines)
+        string(REGEX MATCH "= *([0-9]+)" _ "${_line}")
+        list(APPEND _numbers "${CMAKE_MATCH_1}")
+    endforeach()
+    list(JOIN _numbers "." TinyXML_VERSION)
+endif()
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(TinyXML
+    REQUIRED_VARS TinyXML_LIBRARY TinyXML_INCLUDE_DIR VERSION_VAR TinyXML_VERSION)
+if(TinyXML_FOUND AND NOT TARGET TinyXML::TinyXML)
+    add_library(TinyXML::TinyXML UNKNOWN IMPORTED)
+    set_target_properties(TinyXML::TinyXML PROPERTIES
+        IMPORTED_LOCATION "${TinyXML_LIBRARY}" INTERFACE_INCLUDE_DIRECTORIES "${TinyXML_INCLUDE_DIR}")
+endif()
+mark_as_advanced(TinyXML_INCLUDE_DIR TinyXML_LIBRARY)

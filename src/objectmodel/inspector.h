@@ -1,0 +1,129 @@
+#ifndef VANTREL_INSPECTOR_H
+#define VANTREL_INSPECTOR_H
+
+#include "objectmodel/export.h"
+#include "objectmodel/inspectorinterface.h"
+
+#include <memory>
+
+namespace Vantrel {
+
+class GlobalClass;
+class InspectorPrivate;
+class ObjectHierarchyDelegate;
+
+/**
+ * The entry point of the object model: registers and finds classes and
+ * namespaces, enumerates and finds the objects of the application, makes
+ * primitive values and keeps the last error. There is one per process, made on
+ * first use, for one thread at a time.
+ *
+ * Look-ups that find nothing give null; failures leave a text that lastError()
+ * returns once. After setInspectorInterfaceImpl() nearly every operation is
+ * answered by that implementation instead.
+ */
+class VANTREL_EXPORT Inspector : public InspectorInterface
+{
+public:
+    static Inspector *self();
+    ~Inspector() override;
+
+    using InspectorInterface::createPrimitive;
+
+    /** Top-level objects of all toolkits. */
+    int numObjects() const override;
+    /** A top-level object by its name. */
+    SharedPtr<Object> object(const QString &name) override;
+    /** A top-level object by its index over all toolkits; null out of range. */
+    SharedPtr<Object> object(int index) override;
+    ObjectList objects() override;
+    SharedPtr<Object> findObject(const QString &name) override;
+    int numClasses() const override;
+    /** One trailing "*" or "&" of @p name is ignored. */
+    const Class *type(const QString &name) const override;
+    const Class *type(int id) const override;
+    int registerClass(const Class *c) const override;
+    int numNamespaces() const override;
+    Namespace *nameSpace(const QString &name) const override;
+    Namespace *nameSpace(int id) const override;
+    Namespace *nameSpaceFromFullyQualifiedName(const QString &name) const override;
+    int registerNamespace(Namespace *nameSpace) const override;
+    SharedPtr<Object> createPrimitive(const QStringList &value) override;
+    /** Text in UTF-8, copied. A null pointer gives a null object of the class "char". */
+    SharedPtr<Object> createPrimitive(const char *value) override;
+    SharedPtr<Object> createPrimitive(double value) override;
+    SharedPtr<Object> createPrimitive(bool value) override;
+    /** The class "long" holds 32 bits on every platform; the value is narrowed to them. */
+    SharedPtr<Object> createPrimitive(long value) override;
+    SharedPtr<Object> createPrimitive(long long value) override;
+    SharedPtr<Object> createPrimitive(int value) override;
+    SharedPtr<Object> createNull(const Class *c) override;
+    SharedPtr<Object> voidObject() override;
+    bool sendEvent(const Event *event, SharedPtr<Object> object,
+                   const ObjectList &arguments) override;
+    void addPropertyDelegate(StaticPropertyDelegate *delegate) override;
+    void setUniqueProperty(const QString &name, const QString &value) override;
+    void setExtensionCode(const QString &name, const QString &value) override;
+    void setMouseTracking(const QString &name, bool value) override;
+    void setRecordMouseDrag(const QString &name, bool value) override;
+    void setAllowKeyEventCompression(const QString &name, bool value) override;
+    void enableEventCompression(const QString &name, bool value) override;
+    void setRecorderFilter(const QString &name, const QString &value) override;
+    /** An empty text also clears the unmatched properties. */
+    void setError(const QString &text) override;
+    /** Returns the last error and forgets it. */
+    QString lastError() override;
+    bool installObjectEventHandler(SharedPtr<Object> object, const QString &event,
+                                   EventHandler *handler) override;
+    bool uninstallObjectEventHandler(SharedPtr<Object> object, const QString &event,
+                                     EventHandler *handler) override;
+    bool installClassEventHandler(const QString &className, const QString &event,
+                                  EventHandler *handler) override;
+    bool uninstallClassEventHandler(const QString &className, const QString &event,
+                                    EventHandler *handler) override;
+    bool installGlobalEventHandler(const QString &event, EventHandler *handler) override;
+    bool uninstallGlobalEventHandler(const QString &event, EventHandler *handler) override;
+    QVariant call(const QString &name, const FList<QVariant> &arguments) override;
+    /** Since the last failed search: names of objects, and their properties that did not match. */
+    QMap<QString, QStringList> unmatchedProperties() override;
+
+    /**
+     * Lets @p implementation (not owned) answer from now on. The local class
+     * and namespace tables are emptied. The Inspector itself is refused.
+     */
+    void setInspectorInterfaceImpl(InspectorInterface *implementation);
+
+    /** The class of the global functions, properties and enums. */
+    GlobalClass *globalClass() const;
+    /** The root of the namespaces. */
+    Namespace *globalNamespace() const;
+
+    /** As object(name); @p foundBy (which may be null) receives the delegate that knew it. */
+    SharedPtr<Object> object(const QString &name, ObjectHierarchyDelegate **foundBy);
+    SharedPtr<Object> findObject(const QString &name, bool checkEdition);
+    /** Appends a source of top-level objects (not owned). */
+    void addTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegate);
+
+    /** Whether the last found object is kept and found again by its name; true at first. */
+    void enableObjectCache(bool enabled);
+    /** Drops the cached object if it wraps the native @p data. */
+    void invalidateObjectCache(void *data);
+
+    void addUnmatchedProperty(const QString &objectName, const QString &property);
+    void setUnmatchedProperties(const QString &objectName, const QStringList &properties);
+    void removeUnmatchedProperties(const QString &objectName);
+
+    bool isSpyingEnabled() const;
+    void setSpyingEnabled(bool enabled);
+    void setLicEditions(unsigned long editions);
+
+private:
+    Q_DISABLE_COPY(Inspector)
+    Inspector();
+
+    const std::unique_ptr<InspectorPrivate> d;
+};
+
+} // namespace Vantrel
+
+#endif // VANTREL_INSPECTOR_H

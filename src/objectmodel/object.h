@@ -1,0 +1,231 @@
+#ifndef VANTREL_OBJECT_H
+#define VANTREL_OBJECT_H
+
+#include "objectmodel/export.h"
+#include "objectmodel/members.h"
+#include "objectmodel/serializable.h"
+#include "objectmodel/shared.h"
+
+#include <QString>
+
+#include <initializer_list>
+#include <vector>
+
+namespace Vantrel {
+
+class Class;
+class ComparisonDelegate;
+class ConversionDelegate;
+class ObjectHierarchyDelegate;
+class ObjectList;
+class SerializeDelegate;
+
+/** Data that a client attaches to one handle, which owns it. */
+class VANTREL_EXPORT UserData
+{
+public:
+    virtual ~UserData();
+    /** A new copy, for a second handle of the same thing. */
+    virtual UserData *clone() const = 0;
+
+protected:
+    UserData() = default;
+    UserData(const UserData &) = default;
+    UserData &operator=(const UserData &) = default;
+};
+
+/**
+ * The handle of every value that scripts can see: a pointer to native data and
+ * the Class that knows what to make of it. Normally held by SharedPtr.
+ *
+ * A handle is live (it has data), null (no data) or invalidated (its data is
+ * gone and its class is "Dead", for good). It owns its data only when told so
+ * by setAutoDelete(), and always owns its user data.
+ */
+class VANTREL_EXPORT Object : public Shared, public Serializable
+{
+public:
+    /** @p data is not owned; @p c must not be null. */
+    Object(void *data, const Class *c, const ObjectAttribute &attribute);
+    /**
+     * Copies every field, the reference count and the user data pointer
+     * included. Only for plain values: with user data or auto-delete, both
+     * copies would free the same thing.
+     */
+    Object(const Object &other);
+    Object &operator=(const Object &other);
+    ~Object() override;
+
+    // The hierarchy, as the hierarchy delegate of the class tells it. Without
+    // one there are no children, no parent, and every name is "unnamed".
+    virtual int numChildren() const;
+    virtual SharedPtr<Object> child(int index);
+    virtual SharedPtr<Object> childByName(const QString &name);
+    virtual ObjectList children();
+    virtual SharedPtr<Object> parent();
+    virtual QString name();
+    virtual QString qualifiedName();
+
+    // The value alone, without class name and children.
+    virtual void streamObject(QDataStream &stream) const;
+    virtual void objectFromStream(QDataStream &stream);
+
+    virtual QString toDebugString();
+
+    // The value in another form: by the conversion delegate of the class, else
+    // by converting to the primitive class, else empty, 0 or false. Null data
+    // reads "<null>".
+    virtual QString toString();
+    virtual int toInteger() const;
+    virtual qint64 toInt64() const;
+    virtual double toDouble() const;
+    virtual bool toBoolean() const;
+    // By the conversion delegate; nothing happens without one.
+    virtual void fromString(const QString &value);
+    virtual void fromInteger(int value);
+    virtual void fromInt64(qint64 value);
+    virtual void fromDouble(double value);
+    virtual void fromBoolean(bool value);
+
+    virtual ObjectAttribute objectAttribute();
+    /** Whether there is no data. */
+    virtual bool isNull() const;
+    /**
+     * Retypes this handle and returns it: up or down the hierarchy, or between
+     * primitive classes, whose data is then reinterpreted. Otherwise the handle
+     * stays as it is; nothing is converted.
+     */
+    virtual SharedPtr<Object> castTo(const Class *target);
+    /** This handle when it is a pointer or array, else a new one that points to the data. */
+    virtual SharedPtr<Object> reference();
+    /** This handle unless it is a pointer; then a new one for the value, null for null data. */
+    virtual SharedPtr<Object> dereference();
+    virtual int wrapperType() const;
+
+    /** A valid null object of the class "Dead", where an object is needed and none is there. */
+    static SharedPtr<Object> zombie();
+    /** Makes the class "Dead" exist. */
+    static void registerClassOfTheDead();
+
+    const Class *type() const { return m_class; }
+    QString className() const;
+
+    /** Stores the data pointer in @p data. */
+    void get(void **data) const { *data = m_data; }
+    /** Replaces the data; user data is deleted, and so is the old data if owned. */
+    void put(void *data);
+
+    void setAutoDelete(bool autoDelete) { m_autoDelete = autoDelete; }
+    bool isAutoDelete() const { return m_autoDelete; }
+
+    UserData *userData() const { return m_userData; }
+    /** Takes ownership of @p userData; an earlier one is not deleted. */
+    void setUserData(UserData *userData) { m_userData = userData; }
+
+    bool isValid() const { return !m_invalid; }
+    /**
+     * For when the thing behind the handle is gone: forgets the data without
+     * deleting it and makes the handle one of the class "Dead".
+     */
+    void invalidate();
+
+    /** A number of its own for each handle, given on first request; thread-safe. */
+    quint32 index() const;
+
+    /** Equal values. */
+    bool compare(SharedPtr<Object> other) const;
+    /** The same thing. */
+    bool sameAs(SharedPtr<Object> other) const;
+    /** Whether the class of this handle is @p c or a subclass of it. */
+    bool isA(const Class *c) const;
+
+    void writeObject(QDataStream &stream) const override;
+    void readObject(QDataStream &stream) override;
+
+protected:
+    void setObjectAttribute(const ObjectAttribute &attribute) { m_attribute = attribute; }
+    /** Points to the data; null data without effect on ownership or user data. */
+    void *data() const { return m_data; }
+
+private:
+    friend class Class;
+
+    SharedPtr<Object> self() const
+    {
+        return SharedPtr<Object>::borrowed(const_cast<Object *>(this));
+    }
+    void generateIndex() const;
+    ObjectHierarchyDelegate *setupHierarchyDelegate() const;
+    SerializeDelegate *setupSerializeDelegate() const;
+    ConversionDelegate *setupConversionDelegate() const;
+    ComparisonDelegate *setupComparisonDelegate() const;
+    void clearDelegates();
+    ConversionDelegate *conversionDelegate(int capability) const;
+    SharedPtr<Object> convertedToPrimitive(int classId) const;
+    QString propertiesToDebugString();
+
+    void *m_data;
+    UserData *m_userData = nullptr;
+    const Class *m_class;
+    ObjectAttribute m_attribute;
+    mutable ObjectHierarchyDelegate *m_hierarchyDelegate = nullptr;
+    mutable SerializeDelegate *m_serializeDelegate = nullptr;
+    mutable ConversionDelegate *m_conversionDelegate = nullptr;
+    mutable ComparisonDelegate *m_comparisonDelegate = nullptr;
+    mutable quint32 m_index = 0xFFFFFFFFu;
+    bool m_autoDelete : 1;
+    bool m_invalid : 1;
+};
+
+/** The arguments of a call, the children of an object: handles in order. */
+class VANTREL_EXPORT ObjectList
+{
+public:
+    using value_type = SharedPtr<Object>;
+    using iterator = std::vector<SharedPtr<Object>>::iterator;
+    using const_iterator = std::vector<SharedPtr<Object>>::const_iterator;
+
+    ObjectList();
+    ObjectList(std::initializer_list<SharedPtr<Object>> items);
+    ObjectList(const ObjectList &other);
+    ObjectList(ObjectList &&other) noexcept;
+    ObjectList &operator=(const ObjectList &other);
+    ObjectList &operator=(ObjectList &&other) noexcept;
+    ~ObjectList();
+
+    ObjectList &operator<<(SharedPtr<Object> object);
+    void push_back(SharedPtr<Object> object);
+    void pop_back() { m_items.pop_back(); }
+    SharedPtr<Object> &front() { return m_items.front(); }
+    const SharedPtr<Object> &front() const { return m_items.front(); }
+    SharedPtr<Object> &back() { return m_items.back(); }
+    const SharedPtr<Object> &back() const { return m_items.back(); }
+
+    // Both throw std::out_of_range for an index that is not below size().
+    SharedPtr<Object> &at(std::size_t index);
+    const SharedPtr<Object> &at(std::size_t index) const;
+    SharedPtr<Object> &operator[](std::size_t index) { return at(index); }
+    const SharedPtr<Object> &operator[](std::size_t index) const { return at(index); }
+
+    iterator begin() { return m_items.begin(); }
+    iterator end() { return m_items.end(); }
+    const_iterator begin() const { return m_items.begin(); }
+    const_iterator end() const { return m_items.end(); }
+
+    iterator insert(const_iterator position, SharedPtr<Object> object);
+    iterator insert(const_iterator position, std::size_t count, const SharedPtr<Object> &object);
+    iterator erase(const_iterator position);
+    void clear();
+    bool empty() const { return m_items.empty(); }
+    std::size_t size() const { return m_items.size(); }
+    void reserve(std::size_t count);
+    void resize(std::size_t count, const SharedPtr<Object> &object = {});
+    void swap(ObjectList &other) noexcept { m_items.swap(other.m_items); }
+
+private:
+    std::vector<SharedPtr<Object>> m_items;
+};
+
+} // namespace Vantrel
+
+#endif // VANTREL_OBJECT_H

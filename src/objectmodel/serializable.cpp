@@ -1,0 +1,7 @@
+#include "objectmodel/serializable.h"
+
+namespace Vantrel {
+
+Serializable::~Serializable() = default;
+
+} // namespace Vantrel
