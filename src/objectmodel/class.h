@@ -268,6 +268,8 @@ private:
     friend class Property;
 
     Class *mutableSelf() const { return const_cast<Class *>(this); }
+    static SharedPtr<Object> viewed(const SharedPtr<Object> &object, const Class *as);
+    static bool compareProperties(const SharedPtr<Object> &a, const SharedPtr<Object> &b);
 
     ClassPrivate *const d;
 };

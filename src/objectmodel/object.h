@@ -144,8 +144,9 @@ public:
 
 protected:
     void setObjectAttribute(const ObjectAttribute &attribute) { m_attribute = attribute; }
-    /** Points to the data; null data without effect on ownership or user data. */
     void *data() const { return m_data; }
+    /** Exchanges the data pointer alone: nothing is freed and user data stays. */
+    void setData(void *data) { m_data = data; }
 
 private:
     friend class Class;
@@ -160,6 +161,8 @@ private:
     ConversionDelegate *setupConversionDelegate() const;
     ComparisonDelegate *setupComparisonDelegate() const;
     void clearDelegates();
+    /** Makes this handle, which shares the data of @p origin, keep that one alive. */
+    void setOrigin(SharedPtr<Object> origin) { m_origin = std::move(origin); }
     ConversionDelegate *conversionDelegate(int capability) const;
     SharedPtr<Object> convertedToPrimitive(int classId) const;
     QString propertiesToDebugString();
@@ -175,6 +178,7 @@ private:
     mutable quint32 m_index = 0xFFFFFFFFu;
     bool m_autoDelete : 1;
     bool m_invalid : 1;
+    SharedPtr<Object> m_origin;
 };
 
 /** The arguments of a call, the children of an object: handles in order. */

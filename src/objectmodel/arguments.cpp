@@ -1,0 +1,157 @@
+#include "objectmodel/arguments_p.h"
+
+#include "objectmodel/class.h"
+#include "objectmodel/inspector.h"
+#include "objectmodel/primitiveids.h"
+
+namespace Vantrel {
+
+namespace {
+
+enum class TextShape { None, Character, Text, TextList };
+
+/** What native code finds behind a pointer to a "char"; reading it in another shape would overrun. */
+TextShape textShape(const Class *c, const ObjectAttribute &attribute)
+{
+    if (!c || c->id() != PrimitiveId::Char) {
+        return TextShape::None;
+    }
+    if (attribute.isPointer() && attribute.isArray()) {
+        return TextShape::TextList;
+    }
+    return attribute.isPointer() || attribute.isArray() ? TextShape::Text : TextShape::Character;
+}
+
+SharedPtr<Object> converted(const SharedPtr<Object> &value, const Argument &declared)
+{
+    const Class *source = value->type();
+    const bool toPointer = textShape(declared.type(), declared.attribute()) == TextShape::Text
+        || declared.isPointer();
+    if (!source->canConvertTo(declared.type(), value->objectAttribute().isPointer(), toPointer,
+                              nullptr)) {
+        return {};
+    }
+    SharedPtr<Object> result = source->convertTo(value, declared.type(), toPointer);
+    if (!result || !result->isA(declared.type())
+        || textShape(result->type(), result->objectAttribute())
+            != textShape(declared.type(), declared.attribute())) {
+        return {};
+    }
+    return result;
+}
+
+/** Enums accept the texts of their keys, and numbers written as text. */
+SharedPtr<Object> enumValue(const SharedPtr<Object> &text, const Argument &declared)
+{
+    bool ok = false;
+    int number = declared.enumType()->value(text->toString(), &ok);
+    if (!ok) {
+        number = text->toString().toInt(&ok);
+    }
+    if (!ok) {
+        return {};
+    }
+    SharedPtr<Object> value = Inspector::self()->createPrimitive(number);
+    return value->isA(declared.type()) ? value : converted(value, declared);
+}
+
+QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declared)
+{
+    const QString type = declared.type() ? declared.type()->className() : QStringLiteral("unknown");
+    if (!value) {
+        return QStringLiteral("no object given, %1 expected").arg(type);
+    }
+    if (!value->isValid()) {
+        return QStringLiteral("invalidated object given, %1 expected").arg(type);
+    }
+    if (adapted(value, declared)) {
+        return QString();
+    }
+    if (value->isNull()) {
+        return QStringLiteral("null object given, %1 expected").arg(type);
+    }
+    if (declared.enumType() && value->isA(Inspector::self()->type(PrimitiveId::Char))) {
+        return QStringLiteral("'%1' is no key of %2").arg(value->toString(),
+                                                          declared.enumType()->name());
+    }
+    return QStringLiteral("%1 cannot convert to %2").arg(value->className(), type);
+}
+
+} // namespace
+
+SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declared)
+{
+    if (!value || !declared.type() || (value->isNull() && !declared.isPointer())) {
+        return {};
+    }
+    const Class *source = value->type();
+    if (Class::isSubClass(source, declared.type())) {
+        const TextShape wanted = textShape(declared.type(), declared.attribute());
+        const bool fits = wanted == TextShape::None
+            || wanted == textShape(declared.type(), value->objectAttribute());
+        return fits || value->isNull() ? value : converted(value, declared);
+    }
+    if (value->isNull()) {
+        return {};
+    }
+    if (declared.enumType()
+        && textShape(source, value->objectAttribute()) == TextShape::Text) {
+        return enumValue(value, declared);
+    }
+    return converted(value, declared);
+}
+
+AdaptedArguments::AdaptedArguments(const Signature &signature, const ObjectList &arguments)
+    : m_given(arguments), m_valid(int(arguments.size()) == signature.numArguments())
+{
+    if (!m_valid) {
+        return;
+    }
+    std::size_t i = 0;
+    for (const Argument &declared : signature.arguments()) {
+        SharedPtr<Object> argument = adapted(arguments[i], declared);
+        if (!argument) {
+            m_valid = false;
+            return;
+        }
+        if (argument != arguments[i]) {
+            if (m_converted.empty()) {
+                m_converted = arguments;
+            }
+            m_converted[i] = argument;
+        }
+        ++i;
+    }
+}
+
+QString AdaptedArguments::mismatch(const Signature &signature, const ObjectList &arguments)
+{
+    const int expected = signature.numArguments();
+    if (int(arguments.size()) != expected) {
+        return QStringLiteral("expects %1 argument%2, %3 given")
+            .arg(QString::number(expected), QLatin1String(expected == 1 ? "" : "s"),
+                 QString::number(arguments.size()));
+    }
+    std::size_t i = 0;
+    for (const Argument &declared : signature.arguments()) {
+        const QString reason = argumentMismatch(arguments[i], declared);
+        ++i;
+        if (!reason.isEmpty()) {
+            return QStringLiteral("argument %1: %2").arg(QString::number(i), reason);
+        }
+    }
+    return QString();
+}
+
+NativeArguments::NativeArguments(const ObjectList &arguments)
+{
+    for (const SharedPtr<Object> &argument : arguments) {
+        void *pointer = nullptr;
+        if (argument) {
+            argument->type()->convert(argument, &pointer);
+        }
+        m_pointers.append(pointer);
+    }
+}
+
+} // namespace Vantrel

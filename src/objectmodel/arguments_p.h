@@ -1,0 +1,56 @@
+#ifndef VANTREL_ARGUMENTS_P_H
+#define VANTREL_ARGUMENTS_P_H
+
+#include "objectmodel/object.h"
+
+#include <QString>
+#include <QVarLengthArray>
+
+namespace Vantrel {
+
+class Argument;
+class Signature;
+
+/**
+ * The arguments of one call in the form that a signature declares. Arguments
+ * that fit are used as they are; the others are replaced by their conversions,
+ * which live as long as this object.
+ */
+class AdaptedArguments
+{
+public:
+    AdaptedArguments(const Signature &signature, const ObjectList &arguments);
+
+    /** False when the number is wrong or an argument cannot be converted. */
+    bool isValid() const { return m_valid; }
+    const ObjectList &list() const { return m_converted.empty() ? m_given : m_converted; }
+
+    /** Why the arguments do not fit; empty when they do. */
+    static QString mismatch(const Signature &signature, const ObjectList &arguments);
+
+private:
+    const ObjectList &m_given;
+    ObjectList m_converted;
+    bool m_valid;
+};
+
+/**
+ * @p value in the form that @p declared asks for: itself, or its conversion;
+ * null when there is neither.
+ */
+SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declared);
+
+/** One native pointer for each argument, on the stack for the usual few. */
+class NativeArguments
+{
+public:
+    explicit NativeArguments(const ObjectList &arguments);
+    void **data() { return m_pointers.data(); }
+
+private:
+    QVarLengthArray<void *, 8> m_pointers;
+};
+
+} // namespace Vantrel
+
+#endif // VANTREL_ARGUMENTS_P_H

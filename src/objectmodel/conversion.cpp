@@ -1,0 +1,321 @@
+#include "objectmodel/class.h"
+
+#include "objectmodel/class_p.h"
+#include "objectmodel/delegates.h"
+#include "objectmodel/object.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace Vantrel {
+
+namespace {
+
+/** The constructor of @p target that makes an object out of one of class @p source. */
+const Constructor *convertingConstructor(const Class *target, const Class *source,
+                                         bool sourceIsPointer)
+{
+    for (int i = 0; i < target->numConstructors(); ++i) {
+        const Constructor *candidate = target->constructor(i);
+        if (!candidate || candidate->signature().numArguments() != 1) {
+            continue;
+        }
+        const Argument &argument = candidate->signature().arguments().first();
+        if (argument.type() == source && argument.isPointer() == sourceIsPointer) {
+            return candidate;
+        }
+    }
+    return nullptr;
+}
+
+bool isAncestor(const Class *target, const Class *c)
+{
+    return Class::isSubClass(c->super(), target);
+}
+
+/**
+ * The pairs that are being compared right now, innermost last. Objects may
+ * refer to each other in circles; a pair that is met again inside its own
+ * comparison adds nothing to it and counts as equal.
+ */
+class ComparisonScope
+{
+public:
+    ComparisonScope(void *a, void *b) : m_pair(a, b)
+    {
+        m_again = std::find(pairs().begin(), pairs().end(), m_pair) != pairs().end();
+        pairs().push_back(m_pair);
+    }
+    ~ComparisonScope() { pairs().pop_back(); }
+    Q_DISABLE_COPY(ComparisonScope)
+
+    bool isRepeated() const { return m_again; }
+    /** Getters that make a new object on every read could go on for ever. */
+    bool isTooDeep() const { return pairs().size() > maximumDepth; }
+
+private:
+    static constexpr std::size_t maximumDepth = 256;
+    using Pair = std::pair<void *, void *>;
+    static std::vector<Pair> &pairs()
+    {
+        static thread_local std::vector<Pair> stack;
+        return stack;
+    }
+
+    Pair m_pair;
+    bool m_again;
+};
+
+bool equalProperties(const Class *c, const SharedPtr<Object> &a, const SharedPtr<Object> &b)
+{
+    const int count = c->numProperties();
+    int compared = 0;
+    for (int i = 0; i < count; ++i) {
+        const Property *property = c->property(i);
+        if (!property || !property->isReadable() || property->isStatic()) {
+            continue;
+        }
+        const SharedPtr<Object> first = property->get(a);
+        const SharedPtr<Object> second = property->get(b);
+        if (!first || !second || !first->type()->compare(first, second)) {
+            return false;
+        }
+        ++compared;
+    }
+    return compared > 0;
+}
+
+} // namespace
+
+bool Class::convert(SharedPtr<Object> object, void **data) const
+{
+    if (!object || !object->isA(this)) {
+        return false;
+    }
+    object->get(data);
+    return true;
+}
+
+bool Class::canConvertTo(const Class *target, bool sourceIsPointer, bool targetIsPointer,
+                         void **constructor) const
+{
+    if (constructor) {
+        *constructor = nullptr;
+    }
+    if (!target) {
+        return false;
+    }
+    d->setupCastDelegate(this);
+    if (d->castDelegate
+        && d->castDelegate->canConvertTo(target, sourceIsPointer, targetIsPointer)) {
+        return true;
+    }
+    target->d->setupCastDelegate(target);
+    if (target->d->castDelegate
+        && target->d->castDelegate->canConvertFrom(this, sourceIsPointer, targetIsPointer)) {
+        return true;
+    }
+    if (canCastTo(target, targetIsPointer)
+        || canConvertToInternal(target, sourceIsPointer, targetIsPointer)) {
+        return true;
+    }
+    if (!targetIsPointer) {
+        if (const Constructor *found = convertingConstructor(target, this, sourceIsPointer)) {
+            if (constructor) {
+                *constructor = const_cast<Constructor *>(found);
+            }
+            return true;
+        }
+    }
+    return isAncestor(target, this);
+}
+
+SharedPtr<Object> Class::convertTo(SharedPtr<Object> object, const Class *target,
+                                   bool targetIsPointer)
+{
+    if (!object || !target) {
+        return {};
+    }
+    const bool sourceIsPointer = object->objectAttribute().isPointer();
+    d->setupCastDelegate(this);
+    if (d->castDelegate
+        && d->castDelegate->canConvertTo(target, sourceIsPointer, targetIsPointer)) {
+        return d->castDelegate->convertTo(object, target, targetIsPointer);
+    }
+    target->d->setupCastDelegate(target);
+    CastDelegate *targetDelegate = target->d->castDelegate;
+    if (targetDelegate && targetDelegate->canConvertFrom(this, sourceIsPointer, targetIsPointer)) {
+        return targetDelegate->convertFrom(object, target, targetIsPointer);
+    }
+    if (canCastTo(target, targetIsPointer)) {
+        return castTo(object, target, targetIsPointer);
+    }
+    if (canConvertToInternal(target, sourceIsPointer, targetIsPointer)) {
+        return convertToInternal(object, target, targetIsPointer);
+    }
+    if (!targetIsPointer) {
+        if (const Constructor *found = convertingConstructor(target, this, sourceIsPointer)) {
+            return found->construct(ObjectList() << object);
+        }
+    }
+    return isAncestor(target, this) ? viewed(object, target) : SharedPtr<Object>();
+}
+
+SharedPtr<Object> Class::convertTo(SharedPtr<Object> object, const Class *target,
+                                   bool targetIsPointer) const
+{
+    return mutableSelf()->convertTo(object, target, targetIsPointer);
+}
+
+bool Class::canConvertToTolerant(const Class *target, bool sourceIsPointer, bool targetIsPointer,
+                                 void **constructor) const
+{
+    return canConvertTo(target, sourceIsPointer, targetIsPointer, constructor)
+        || canConvertTo(target, !sourceIsPointer, !targetIsPointer, constructor)
+        || canConvertTo(target, !sourceIsPointer, targetIsPointer, constructor)
+        || canConvertTo(target, sourceIsPointer, !targetIsPointer, constructor);
+}
+
+SharedPtr<Object> Class::convertToTolerant(SharedPtr<Object> object, const Class *target,
+                                           bool targetIsPointer)
+{
+    SharedPtr<Object> result = convertTo(object, target, targetIsPointer);
+    return result ? result : convertTo(object, target, !targetIsPointer);
+}
+
+SharedPtr<Object> Class::convertToTolerant(SharedPtr<Object> object, const Class *target,
+                                           bool targetIsPointer) const
+{
+    return mutableSelf()->convertToTolerant(object, target, targetIsPointer);
+}
+
+/** A second handle for the data of @p object, which it keeps alive; the first one stays as it is. */
+SharedPtr<Object> Class::viewed(const SharedPtr<Object> &object, const Class *as)
+{
+    void *data = nullptr;
+    object->get(&data);
+    SharedPtr<Object> view = as->wrap(data, object->objectAttribute());
+    if (view) {
+        if (const UserData *userData = object->userData()) {
+            view->setUserData(userData->clone());
+        }
+        view->setOrigin(object);
+    }
+    return view;
+}
+
+SharedPtr<Object> Class::convertToInterface(SharedPtr<Object> object, const QString &name)
+{
+    if (!object || !object->isA(this)) {
+        return {};
+    }
+    const Interface *iface = interfaceClass(name);
+    if (!iface) {
+        return {};
+    }
+    SharedPtr<Object> view = viewed(object, this);
+    if (view) {
+        view->m_class = iface;
+        view->clearDelegates();
+    }
+    return view;
+}
+
+SharedPtr<Object> Class::convertToInterface(SharedPtr<Object> object, const QString &name) const
+{
+    return mutableSelf()->convertToInterface(object, name);
+}
+
+SharedPtr<Object> Interface::convertToInterface(SharedPtr<Object> object, const QString &name)
+{
+    const bool isThis = object && object->isA(this) && name.toUtf8() == interfaceName();
+    return isThis ? object : SharedPtr<Object>();
+}
+
+bool Class::canCastTo(const Class *, bool) const
+{
+    return false;
+}
+
+SharedPtr<Object> Class::castTo(SharedPtr<Object>, const Class *, bool)
+{
+    return {};
+}
+
+bool Class::canConvertToInternal(const Class *, bool, bool) const
+{
+    return false;
+}
+
+SharedPtr<Object> Class::convertToInternal(SharedPtr<Object>, const Class *, bool)
+{
+    return {};
+}
+
+bool Class::compare(SharedPtr<Object> a, SharedPtr<Object> b) const
+{
+    if (sameObjects(a, b)) {
+        return true;
+    }
+    if (!a || !b) {
+        return false;
+    }
+    const bool differing = a->type() != b->type();
+    if (differing) {
+        const bool aIsPointer = a->objectAttribute().isPointer();
+        const bool bIsPointer = b->objectAttribute().isPointer();
+        if (b->type()->canConvertToTolerant(a->type(), bIsPointer, aIsPointer, nullptr)) {
+            b = b->type()->convertToTolerant(b, a->type(), aIsPointer);
+        } else if (a->type()->canConvertToTolerant(b->type(), aIsPointer, bIsPointer, nullptr)) {
+            a = a->type()->convertToTolerant(a, b->type(), bIsPointer);
+        }
+        if (!a || !b || a->type() != b->type()) {
+            return false;
+        }
+    }
+    if (ComparisonDelegate *delegate = a->setupComparisonDelegate()) {
+        return delegate->compare(a, b);
+    }
+    return differing ? a->compare(b) : compareProperties(a, b);
+}
+
+bool Class::compareProperties(const SharedPtr<Object> &a, const SharedPtr<Object> &b)
+{
+    const Class *c = a->type();
+    if (c->numProperties() <= 0) {
+        return false;
+    }
+    if (a->isNull() || b->isNull()) {
+        return a->isNull() && b->isNull();
+    }
+    void *aData = nullptr;
+    void *bData = nullptr;
+    a->get(&aData);
+    b->get(&bData);
+    const ComparisonScope scope(aData, bData);
+    if (scope.isRepeated()) {
+        return true;
+    }
+    return !scope.isTooDeep() && equalProperties(c, a, b);
+}
+
+bool Class::sameObjects(SharedPtr<Object> a, SharedPtr<Object> b) const
+{
+    if (a == b) {
+        return true;
+    }
+    if (!a || !b) {
+        return false;
+    }
+    if (ComparisonDelegate *delegate = a->setupComparisonDelegate()) {
+        return delegate->sameObjects(a, b);
+    }
+    void *aData = nullptr;
+    void *bData = nullptr;
+    a->get(&aData);
+    b->get(&bData);
+    return aData && aData == bData
+        && (isSubClass(a->type(), b->type()) || isSubClass(b->type(), a->type()));
+}
+
+} // namespace Vantrel

@@ -1,0 +1,359 @@
+#include "objectmodel/delegates.h"
+
+#include "objectmodel/class.h"
+#include "objectmodel/inspector.h"
+#include "objectmodel/object.h"
+
+namespace Vantrel {
+
+namespace {
+
+const Delegate *delegateAlong(const Class *c, Delegate::Type type, const Delegate *except)
+{
+    for (; c; c = c->super()) {
+        const Delegate *found = DelegateFactory::self()->delegate(c->className(), type);
+        if (found && found != except) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+/** The object below @p top that has @p object among its children. */
+SharedPtr<Object> parentBelow(const SharedPtr<Object> &top, const SharedPtr<Object> &object)
+{
+    ObjectList pending;
+    pending << top;
+    while (!pending.empty()) {
+        const SharedPtr<Object> candidate = pending.back();
+        pending.pop_back();
+        const ObjectList children = candidate->children();
+        for (const SharedPtr<Object> &child : children) {
+            if (child && object->sameAs(child)) {
+                return candidate;
+            }
+        }
+        for (std::size_t i = children.size(); i > 0; --i) {
+            if (children[i - 1]) {
+                pending << children[i - 1];
+            }
+        }
+    }
+    return {};
+}
+
+FunctionCallResult<void> unsupported(const char *text, const SharedPtr<Object> &object)
+{
+    return {QString::fromLatin1(text).arg(object ? object->className() : QString())};
+}
+
+} // namespace
+
+Delegate::Delegate(const QString &className, Type type) : m_className(className), m_type(type)
+{
+    DelegateFactory::self()->addDelegate(this);
+}
+
+Delegate::~Delegate()
+{
+    DelegateFactory::self()->removeDelegate(this);
+}
+
+const Delegate *Delegate::super() const
+{
+    if (!m_superResolved) {
+        m_superResolved = true;
+        const Inspector *inspector = Inspector::self();
+        m_super = delegateAlong(inspector->type(m_className), m_type, this);
+    }
+    return m_super;
+}
+
+FallbackRegistry::~FallbackRegistry() = default;
+
+DelegateFactory *DelegateFactory::self()
+{
+    // Never destroyed: delegates may outlive every static object.
+    static auto *const factory = new DelegateFactory;
+    return factory;
+}
+
+void DelegateFactory::addDelegate(Delegate *delegate)
+{
+    if (delegate) {
+        m_delegates.insert(Key(delegate->type(), delegate->className()), delegate);
+    }
+}
+
+void DelegateFactory::removeDelegate(Delegate *delegate)
+{
+    const auto found = m_delegates.find(Key(delegate->type(), delegate->className()));
+    if (found != m_delegates.end() && *found == delegate) {
+        m_delegates.erase(found);
+    }
+}
+
+const Delegate *DelegateFactory::delegate(const QString &className, Delegate::Type type) const
+{
+    return m_delegates.value(Key(type, className));
+}
+
+const Delegate *DelegateFactory::delegate(const Class *c, Delegate::Type type) const
+{
+    return delegateAlong(c, type, nullptr);
+}
+
+std::vector<const Delegate *> DelegateFactory::delegatesForType(Delegate::Type type) const
+{
+    std::vector<const Delegate *> result;
+    for (auto it = m_delegates.begin(); it != m_delegates.end(); ++it) {
+        if (it.key().first == type) {
+            result.push_back(*it);
+        }
+    }
+    return result;
+}
+
+ObjectHierarchyDelegate::ObjectHierarchyDelegate(const QString &className)
+    : Delegate(className, delegateType)
+{
+}
+
+ObjectHierarchyDelegate::~ObjectHierarchyDelegate() = default;
+
+SharedPtr<Object> ObjectHierarchyDelegate::objectByQualifiedName(SharedPtr<Object>,
+                                                                 const ObjectName &)
+{
+    return {};
+}
+
+ObjectList ObjectHierarchyDelegate::children(SharedPtr<Object> parent)
+{
+    ObjectList result;
+    const int count = numChildren(parent);
+    for (int i = 0; i < count; ++i) {
+        if (const SharedPtr<Object> found = child(parent, i)) {
+            result << found;
+        }
+    }
+    return result;
+}
+
+SharedPtr<Object> ObjectHierarchyDelegate::parent(SharedPtr<Object> object)
+{
+    if (!object) {
+        return {};
+    }
+    const ObjectList tops = Inspector::self()->objects();
+    for (const SharedPtr<Object> &top : tops) {
+        if (object->sameAs(top)) {
+            return {};
+        }
+        if (const SharedPtr<Object> found = parentBelow(top, object)) {
+            return found;
+        }
+    }
+    return {};
+}
+
+StaticPropertyDelegate::StaticPropertyDelegate(const QString &className)
+    : Delegate(className, delegateType)
+{
+}
+
+StaticPropertyDelegate::~StaticPropertyDelegate() = default;
+
+DynamicEventDelegate::DynamicEventDelegate(const QString &className)
+    : Delegate(className, delegateType)
+{
+}
+
+DynamicEventDelegate::~DynamicEventDelegate() = default;
+
+SerializeDelegate::SerializeDelegate(const QString &className) : Delegate(className, delegateType)
+{
+}
+
+SerializeDelegate::~SerializeDelegate() = default;
+
+ConversionDelegate::ConversionDelegate(const QString &className)
+    : Delegate(className, delegateType)
+{
+}
+
+ConversionDelegate::~ConversionDelegate() = default;
+
+QString ConversionDelegate::toString(SharedPtr<Object>)
+{
+    return QString();
+}
+
+int ConversionDelegate::toInteger(SharedPtr<Object>) const
+{
+    return 0;
+}
+
+long long ConversionDelegate::toInt64(SharedPtr<Object>) const
+{
+    return 0;
+}
+
+double ConversionDelegate::toDouble(SharedPtr<Object>) const
+{
+    return 0.0;
+}
+
+bool ConversionDelegate::toBoolean(SharedPtr<Object>) const
+{
+    return false;
+}
+
+void ConversionDelegate::fromString(const QString &, SharedPtr<Object>) const { }
+
+void ConversionDelegate::fromInteger(int, SharedPtr<Object>) const { }
+
+void ConversionDelegate::fromInt64(long long, SharedPtr<Object>) const { }
+
+void ConversionDelegate::fromDouble(double, SharedPtr<Object>) const { }
+
+void ConversionDelegate::fromBoolean(bool, SharedPtr<Object>) const { }
+
+ComparisonDelegate::ComparisonDelegate(const QString &className)
+    : Delegate(className, delegateType)
+{
+}
+
+ComparisonDelegate::~ComparisonDelegate() = default;
+
+CastDelegate::CastDelegate(const QString &className) : Delegate(className, delegateType) { }
+
+CastDelegate::~CastDelegate() = default;
+
+GeometryDelegate::GeometryDelegate(const QString &className) : Delegate(className, delegateType) { }
+
+GeometryDelegate::~GeometryDelegate() = default;
+
+GeometryDelegate::Rect GeometryDelegate::nativeGlobalBounds(SharedPtr<Object> object)
+{
+    return globalBounds(object);
+}
+
+GeometryDelegate::Point GeometryDelegate::globalToRelative(SharedPtr<Object> object, int x, int y)
+{
+    const Rect bounds = globalBounds(object);
+    if (bounds.width < 0 || bounds.height < 0) {
+        return {};
+    }
+    return {true, x - bounds.x, y - bounds.y, -1};
+}
+
+GeometryDelegate::Point GeometryDelegate::relativeToGlobal(SharedPtr<Object> object, int x, int y)
+{
+    const Rect bounds = globalBounds(object);
+    if (bounds.width < 0 || bounds.height < 0) {
+        return {};
+    }
+    return {true, x + bounds.x, y + bounds.y, -1};
+}
+
+GeometryDelegate::Point GeometryDelegate::relativeToNative(SharedPtr<Object> object, int x, int y)
+{
+    return relativeToGlobal(object, x, y);
+}
+
+DumpObjectTreeDelegate::DumpObjectTreeDelegate(const QString &className)
+    : Delegate(className, delegateType)
+{
+}
+
+DumpObjectTreeDelegate::~DumpObjectTreeDelegate() = default;
+
+bool DumpObjectTreeDelegate::enterDump(SharedPtr<Object>, const Filters &, QString *)
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::leaveDump(QString *) const
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::dumpObject(SharedPtr<Object>, bool, UiElement *, const Filters &,
+                                        QString *) const
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::takeScreenshot(SharedPtr<Object>, UiElement *) const
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::setProperty(const Property *, SharedPtr<Object>, UiElement *,
+                                         int) const
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::children(SharedPtr<Object>, ObjectList *) const
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::visibleGlobalBounds(SharedPtr<Object>, ScreenRectangle *) const
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::isTransparent(SharedPtr<Object>) const
+{
+    return false;
+}
+
+bool DumpObjectTreeDelegate::simplifiedType(SharedPtr<Object>, QString *) const
+{
+    return false;
+}
+
+WindowInteractionDelegate::WindowInteractionDelegate(const QString &className)
+    : Delegate(className, delegateType)
+{
+}
+
+WindowInteractionDelegate::~WindowInteractionDelegate() = default;
+
+FunctionCallResult<void> WindowInteractionDelegate::setFullscreenWindow(SharedPtr<Object> window)
+{
+    return unsupported("Setting fullscreen state on objects of type %1 is not supported.", window);
+}
+
+FunctionCallResult<void> WindowInteractionDelegate::setForegroundWindow(SharedPtr<Object> window)
+{
+    return unsupported("Setting foreground state on objects of type %1 is not supported.", window);
+}
+
+FunctionCallResult<void> WindowInteractionDelegate::setFocusedWindow(SharedPtr<Object> window)
+{
+    return unsupported("Focusing objects of type %1 is not supported.", window);
+}
+
+FunctionCallResult<SharedPtr<Object>> WindowInteractionDelegate::focusedWindow()
+{
+    return {};
+}
+
+FunctionCallResult<ScreenRectangle>
+WindowInteractionDelegate::windowGeometry(SharedPtr<Object> window)
+{
+    FunctionCallResult<ScreenRectangle> result;
+    result.errorMessage
+        = unsupported("Fetching window geometry for objects of type %1 is not supported.", window)
+              .errorMessage;
+    return result;
+}
+
+SendEventDelegate::~SendEventDelegate() = default;
+
+EventNotifyDelegate::~EventNotifyDelegate() = default;
+
+} // namespace Vantrel

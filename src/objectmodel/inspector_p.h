@@ -1,0 +1,93 @@
+#ifndef VANTREL_INSPECTOR_P_H
+#define VANTREL_INSPECTOR_P_H
+
+#include "objectmodel/inspector.h"
+#include "objectmodel/object.h"
+
+#include <QHash>
+#include <QStringView>
+#include <QVarLengthArray>
+
+#include <optional>
+
+namespace Vantrel {
+
+class Class;
+class Namespace;
+
+/** Things by id, in the order of their registration, and by name. A later one takes over a name. */
+template <class T>
+class Registry
+{
+public:
+    int add(T *item, const QString &name);
+    T *at(int id) const { return id >= 0 && id < m_items.size() ? m_items[id] : nullptr; }
+    T *find(QStringView name) const { return m_byName.value(name).item; }
+    int size() const { return m_items.size(); }
+    void clear();
+
+private:
+    static constexpr int inlineCapacity = 64;
+    static constexpr int growth = 8;
+    /** The text that a key views lives in its entry, so that a look-up copies no text. */
+    struct Entry
+    {
+        QString name;
+        T *item = nullptr;
+    };
+
+    QVarLengthArray<T *, inlineCapacity> m_items;
+    QHash<QStringView, Entry> m_byName;
+};
+
+template <class T>
+int Registry<T>::add(T *item, const QString &name)
+{
+    if (m_items.size() == m_items.capacity()) {
+        m_items.reserve(m_items.capacity() + growth);
+    }
+    m_items.append(item);
+    const auto known = m_byName.find(name);
+    if (known != m_byName.end()) {
+        known->item = item;
+    } else {
+        m_byName.insert(QStringView(name), Entry {name, item});
+    }
+    return m_items.size() - 1;
+}
+
+template <class T>
+void Registry<T>::clear()
+{
+    m_items.clear();
+    m_items.squeeze();
+    m_byName.clear();
+}
+
+class InspectorPrivate
+{
+public:
+    /** The sources of objects, collected on first need; none while an implementation answers. */
+    const std::vector<ObjectHierarchyDelegate *> &topLevelDelegates();
+    /** Top-level child number @p index over all delegates. */
+    SharedPtr<Object> topLevelObject(int index);
+
+    int globalClassId = 9;
+    int globalNamespaceId = 0;
+    Registry<const Class> classes;
+    Registry<Namespace> namespaces;
+    std::optional<std::vector<ObjectHierarchyDelegate *>> topLevel;
+    InspectorInterface *implementation = nullptr;
+    SharedPtr<Object> voidObject;
+    SharedPtr<Object> cachedObject;
+    QString cachedName;
+    bool cacheEnabled = true;
+    QString lastError;
+    QMap<QString, QStringList> unmatchedProperties;
+    unsigned long licEditions = 0;
+    bool spyingEnabled = false;
+};
+
+} // namespace Vantrel
+
+#endif // VANTREL_INSPECTOR_P_H

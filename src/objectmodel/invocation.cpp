@@ -1,0 +1,439 @@
+#include "objectmodel/invocation.h"
+
+#include "objectmodel/arguments_p.h"
+#include "objectmodel/class.h"
+#include "objectmodel/class_p.h"
+#include "objectmodel/diagnostics_p.h"
+#include "objectmodel/inspector.h"
+#include "objectmodel/object.h"
+
+namespace Vantrel {
+
+namespace {
+
+void setError(const QString &text)
+{
+    Inspector::self()->setError(text);
+}
+
+bool verifyPropertyAccess(const SharedPtr<Object> &object, const Property *property)
+{
+    if (!object) {
+        if (property->isStatic()) {
+            return true;
+        }
+        setError(QStringLiteral("Cannot access non-static property %1 without object reference")
+                     .arg(property->name()));
+        return false;
+    }
+    if (!object->isValid()) {
+        setError(QStringLiteral("Cannot access property %1 on invalidated object reference")
+                     .arg(property->name()));
+        return false;
+    }
+    if (!property->isStatic() && object->isNull()) {
+        setError(QStringLiteral("Cannot access property %1 on null object reference")
+                     .arg(property->name()));
+        return false;
+    }
+    return true;
+}
+
+/** A raw slot must never see the data of an object of a foreign class. */
+bool verifyClass(const SharedPtr<Object> &object, const Class *owner, const QString &what)
+{
+    if (object->isA(owner)) {
+        return true;
+    }
+    setError(QStringLiteral("Cannot use %1 of class %2 on an object of class %3")
+                 .arg(what, owner->className(), object->className()));
+    return false;
+}
+
+bool acceptsUnconverted(const Method *method, const ObjectList &arguments)
+{
+    if (method->signature().numArguments() != int(arguments.size())) {
+        return false;
+    }
+    auto argument = arguments.begin();
+    for (const Argument &declared : method->signature().arguments()) {
+        const SharedPtr<Object> &given = *argument++;
+        if (!given || given->isNull() || !Class::isSubClass(given->type(), declared.type())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+const char *classNameOf(const SharedPtr<Object> &value, QByteArray *buffer)
+{
+    *buffer = value ? value->className().toUtf8() : QByteArray();
+    return buffer->constData();
+}
+
+bool reportUnconvertible(const SharedPtr<Object> &value, const Property *property)
+{
+    QByteArray buffer;
+    printDiagnostic("Object::setProperty: type %s cannot be converted to %s\n",
+                    classNameOf(value, &buffer),
+                    property->type() ? qUtf8Printable(property->type()->className()) : "");
+    return false;
+}
+
+SharedPtr<Object> readDelegateProperty(int propertyId, const SharedPtr<Object> &object,
+                                       const Property *property)
+{
+    const PropertyDeclaration *declaration = property->propertyDeclaration();
+    if (!declaration) {
+        printDiagnostic("Class::getProperty: No such property: %d\n", propertyId);
+        return {};
+    }
+    if (!declaration->isReadable()) {
+        printDiagnostic("Class::getProperty: property %s is not readable\n",
+                        qUtf8Printable(property->name()));
+        return {};
+    }
+    if (const Method *read = declaration->readMethod()) {
+        return read->invoke(object, ObjectList());
+    }
+    return declaration->readFunction()(object);
+}
+
+/** True however the accessor itself fared: callers rely on an accepted value counting as written. */
+bool writeDelegateProperty(const SharedPtr<Object> &object, SharedPtr<Object> value,
+                           const Property *property)
+{
+    const PropertyDeclaration *declaration = property->propertyDeclaration();
+    if (!declaration) {
+        return false;
+    }
+    if (!declaration->isWritable()) {
+        printDiagnostic("Object::setProperty: property %s is not writable\n",
+                        qUtf8Printable(property->name()));
+        return false;
+    }
+    if (value && !value->isA(property->type())) {
+        const SharedPtr<Object> fitting = adapted(value, property->argument());
+        if (!fitting) {
+            return reportUnconvertible(value, property);
+        }
+        value = fitting;
+    }
+    if (const Method *write = declaration->writeMethod()) {
+        ObjectList arguments;
+        if (value) {
+            arguments << value;
+        }
+        write->invoke(object, arguments);
+    } else {
+        declaration->writeFunction()(object, value);
+    }
+    return true;
+}
+
+} // namespace
+
+bool verifyMethodArgumentCount(const QString &className, const Method *method,
+                               const ObjectList &arguments)
+{
+    const int expected = method->signature().numArguments();
+    if (int(arguments.size()) == expected) {
+        return true;
+    }
+    const QString text
+        = QStringLiteral("Class::invoke %1::%2: %3 arguments expected, %4 given")
+              .arg(className, QString::number(method->id()), QString::number(expected),
+                   QString::number(arguments.size()));
+    printDiagnostic("%s\n", qUtf8Printable(text));
+    setError(text);
+    return false;
+}
+
+bool verifyMethodInvocation(SharedPtr<Object> object, const Method *method)
+{
+    if (!object) {
+        if (method->isStatic()) {
+            return true;
+        }
+        setError(QStringLiteral("Cannot invoke non-static function %1() without a object reference")
+                     .arg(method->name()));
+        return false;
+    }
+    if (!method->isStatic() && object->isNull()) {
+        setError(QStringLiteral("Cannot invoke member function %1() on null object reference")
+                     .arg(method->name()));
+        return false;
+    }
+    if (!object->isValid()) {
+        setError(QStringLiteral("Cannot invoke member function %1() on invalidated object reference")
+                     .arg(method->name()));
+        return false;
+    }
+    return true;
+}
+
+const Method *MethodList::at(int index) const
+{
+    return index >= 0 && index < size() ? m_methods.at(index) : nullptr;
+}
+
+const Method *MethodList::methodForArguments(const ObjectList &arguments) const
+{
+    for (const Method *method : m_methods) {
+        if (acceptsUnconverted(method, arguments)) {
+            return method;
+        }
+    }
+    return nullptr;
+}
+
+SharedPtr<Object> MethodList::invoke(SharedPtr<Object> object, const ObjectList &arguments,
+                                     bool *ok) const
+{
+    SharedPtr<Object> result;
+    const bool succeeded = invoke(object, arguments, &result);
+    if (ok) {
+        *ok = succeeded;
+    }
+    return result;
+}
+
+bool MethodList::invoke(SharedPtr<Object> object, const ObjectList &arguments,
+                        SharedPtr<Object> *result) const
+{
+    const auto call = [&](const Method *method, const ObjectList &list) {
+        SharedPtr<Object> value = method->invoke(object, list);
+        const bool succeeded = !value.isNull();
+        if (result) {
+            result->swap(value);
+        }
+        return succeeded;
+    };
+    if (result) {
+        result->reset();
+    }
+    if (isEmpty()) {
+        setError(QStringLiteral("Function not available"));
+        return false;
+    }
+    const Method *exact = methodForArguments(arguments);
+    if (exact) {
+        const AdaptedArguments list(exact->signature(), arguments);
+        if (list.isValid()) {
+            return call(exact, list.list());
+        }
+    }
+    for (const Method *method : m_methods) {
+        const AdaptedArguments list(method->signature(), arguments);
+        if (list.isValid()) {
+            return call(method, list.list());
+        }
+    }
+    setError(QStringLiteral("Found no matching overload"));
+    return false;
+}
+
+QStringList MethodList::explain(const ObjectList &arguments) const
+{
+    QStringList lines;
+    for (const Method *method : m_methods) {
+        const QString reason = AdaptedArguments::mismatch(method->signature(), arguments);
+        if (!reason.isEmpty()) {
+            lines << method->name() + method->signature().toString() + QLatin1String(": ") + reason;
+        }
+    }
+    return lines;
+}
+
+SharedPtr<Object> Class::invoke(int, SharedPtr<Object> object, const ObjectList &arguments,
+                                const Method *method)
+{
+    if (!verifyMethodInvocation(object, method)
+        || !verifyMethodArgumentCount(className(), method, arguments)) {
+        return {};
+    }
+    if (!method->isStatic() && !verifyClass(object, this, method->name() + QLatin1String("()"))) {
+        return {};
+    }
+    NativeArguments native(arguments);
+    return invoke(object, method, native.data());
+}
+
+SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method, void **arguments)
+{
+    const Class *owner = method->methodClass();
+    if (owner != this && isSubClass(this, owner)) {
+        return owner->invoke(object, method, arguments);
+    }
+    void *data = nullptr;
+    convert(object, &data);
+    return invoke(method->id(), data, arguments, method->type());
+}
+
+SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method,
+                                void **arguments) const
+{
+    return mutableSelf()->invoke(object, method, arguments);
+}
+
+SharedPtr<Object> Class::invoke(int, void *, void **, const Class *)
+{
+    return {};
+}
+
+SharedPtr<Object> Class::invoke(int methodId, void *data, void **arguments, const Class *type) const
+{
+    return mutableSelf()->invoke(methodId, data, arguments, type);
+}
+
+SharedPtr<Object> Class::construct(const ObjectList &arguments) const
+{
+    d->buildConstructors(this);
+    for (const Constructor *candidate : qAsConst(d->constructors)) {
+        if (!candidate) {
+            continue;
+        }
+        const AdaptedArguments list(candidate->signature(), arguments);
+        if (list.isValid()) {
+            return mutableSelf()->construct(candidate->id(), list.list(), candidate);
+        }
+    }
+    printDiagnostic("Class::construct: No matching constructor found\n");
+    return {};
+}
+
+SharedPtr<Object> Class::construct(int index, const ObjectList &arguments,
+                                   const Constructor *constructor)
+{
+    const int expected = constructor->signature().numArguments();
+    if (int(arguments.size()) != expected) {
+        printDiagnostic("Constructor::construct %s: %d arguments expected, %lu given\n",
+                        d->name.constData(), expected,
+                        static_cast<unsigned long>(arguments.size()));
+        return {};
+    }
+    NativeArguments native(arguments);
+    return construct(index, native.data());
+}
+
+SharedPtr<Object> Class::construct(int, void **)
+{
+    return {};
+}
+
+SharedPtr<Object> Class::construct(int index, void **arguments) const
+{
+    return mutableSelf()->construct(index, arguments);
+}
+
+// A property is read in two steps. The form with the id finds the class that
+// declares it; the form with the object reads what this class declares. The
+// second hands what is not its own to a proper ancestor only, so they end.
+
+SharedPtr<Object> Class::getProperty(int propertyId, SharedPtr<Object> object,
+                                     const Property *property)
+{
+    if (!verifyPropertyAccess(object, property)) {
+        return {};
+    }
+    if (propertyId >= numPropertiesInternal()) {
+        return readDelegateProperty(propertyId, object, property);
+    }
+    const Class *superClass = super();
+    if (superClass && propertyId < superClass->numProperties()) {
+        return superClass->mutableSelf()->getProperty(propertyId, object, property);
+    }
+    return getProperty(object, property);
+}
+
+SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *property)
+{
+    const Class *owner = property->propertyClass();
+    if (owner != this && isSubClass(this, owner)) {
+        return owner->mutableSelf()->getProperty(property->id(), object, property);
+    }
+    if (!verifyPropertyAccess(object, property)) {
+        return {};
+    }
+    if (property->propertyDeclaration()) {
+        return readDelegateProperty(property->id(), object, property);
+    }
+    if (!property->isStatic() && !verifyClass(object, this, property->name())) {
+        return {};
+    }
+    void *data = nullptr;
+    convert(object, &data);
+    return getProperty(property->id(), data, property->type());
+}
+
+SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *property) const
+{
+    return mutableSelf()->getProperty(object, property);
+}
+
+SharedPtr<Object> Class::getProperty(int, void *, const Class *)
+{
+    return {};
+}
+
+SharedPtr<Object> Class::getProperty(int propertyId, void *data, const Class *type) const
+{
+    return mutableSelf()->getProperty(propertyId, data, type);
+}
+
+bool Class::setProperty(int propertyId, SharedPtr<Object> object, SharedPtr<Object> value,
+                        const Property *property) const
+{
+    if (!verifyPropertyAccess(object, property)) {
+        return false;
+    }
+    if (propertyId >= numPropertiesInternal()) {
+        return writeDelegateProperty(object, value, property);
+    }
+    const Class *superClass = super();
+    if (superClass && propertyId < superClass->numProperties()) {
+        return superClass->setProperty(propertyId, object, value, property);
+    }
+    return setProperty(object, property, value);
+}
+
+bool Class::setProperty(SharedPtr<Object> object, const Property *property,
+                        SharedPtr<Object> value) const
+{
+    const Class *owner = property->propertyClass();
+    if (owner != this && isSubClass(this, owner)) {
+        return owner->setProperty(property->id(), object, value, property);
+    }
+    if (!verifyPropertyAccess(object, property)) {
+        if (!object) {
+            printDiagnostic(
+                "Class::setProperty: Can't set non-static property without object reference\n");
+        }
+        return false;
+    }
+    if (property->propertyDeclaration()) {
+        return writeDelegateProperty(object, value, property);
+    }
+    if (!property->isStatic() && !verifyClass(object, this, property->name())) {
+        return false;
+    }
+    void *data = nullptr;
+    void *newData = nullptr;
+    convert(object, &data);
+    SharedPtr<Object> fitting;
+    if (value) {
+        fitting = adapted(value, property->argument());
+        if (!fitting) {
+            return reportUnconvertible(value, property);
+        }
+        fitting->get(&newData);
+    }
+    return setProperty(property->id(), data, newData);
+}
+
+bool Class::setProperty(int, void *, void *) const
+{
+    return false;
+}
+
+} // namespace Vantrel
