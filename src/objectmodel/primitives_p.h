@@ -1,0 +1,42 @@
+#ifndef VANTREL_PRIMITIVES_P_H
+#define VANTREL_PRIMITIVES_P_H
+
+#include "objectmodel/object.h"
+
+#include <QStringList>
+
+namespace Vantrel {
+
+/** The primitive types, numbered as the Inspector numbers their classes. */
+enum class PrimitiveKind {
+    None = -1,
+    Short = 0,
+    Int,
+    Long,
+    Bool,
+    Char,
+    Double,
+    Int64,
+    Void,
+    Undefined
+};
+
+/** That of the nearest class in the hierarchy of @p c that is primitive. */
+PrimitiveKind primitiveKind(const Class *c);
+
+// New values that own their data. Texts are pointers, lists pointers and arrays.
+SharedPtr<Object> makePrimitive(bool value);
+SharedPtr<Object> makePrimitive(int value);
+/** Of the class "long", which keeps the low 32 bits. */
+SharedPtr<Object> makePrimitive(long value);
+SharedPtr<Object> makePrimitive(long long value);
+SharedPtr<Object> makePrimitive(double value);
+/** Copied; null gives a null object. */
+SharedPtr<Object> makePrimitive(const char *value);
+SharedPtr<Object> makePrimitive(const QString &value);
+/** An empty list has data and is not a null object. */
+SharedPtr<Object> makePrimitive(const QStringList &value);
+
+} // namespace Vantrel
+
+#endif // VANTREL_PRIMITIVES_P_H
