@@ -17,6 +17,7 @@ class Class;
 class Enum;
 class Object;
 class ObjectList;
+struct ArgumentRecord;
 
 /** How a value of a type is passed: by value, reference, pointer or array, and its constness. */
 class VANTREL_EXPORT ObjectAttribute : public Serializable
@@ -110,6 +111,8 @@ public:
     friend bool operator!=(const Argument &a, const Argument &b) { return !(a == b); }
 
 private:
+    friend struct ArgumentRecord;
+
     QString m_name;
     const Class *m_type = nullptr;
     ObjectAttribute m_attribute;
