@@ -42,11 +42,6 @@ SharedPtr<Object> parentBelow(const SharedPtr<Object> &top, const SharedPtr<Obje
     return {};
 }
 
-FunctionCallResult<void> unsupported(const char *text, const SharedPtr<Object> &object)
-{
-    return {QString::fromLatin1(text).arg(object ? object->className() : QString())};
-}
-
 } // namespace
 
 Delegate::Delegate(const QString &className, Type type) : m_className(className), m_type(type)
@@ -119,7 +114,10 @@ ObjectHierarchyDelegate::ObjectHierarchyDelegate(const QString &className)
 {
 }
 
-ObjectHierarchyDelegate::~ObjectHierarchyDelegate() = default;
+ObjectHierarchyDelegate::~ObjectHierarchyDelegate()
+{
+    Inspector::removeTopLevelHierarchyDelegate(this);
+}
 
 SharedPtr<Object> ObjectHierarchyDelegate::objectByQualifiedName(SharedPtr<Object>,
                                                                  const ObjectName &)
@@ -313,43 +311,6 @@ bool DumpObjectTreeDelegate::isTransparent(SharedPtr<Object>) const
 bool DumpObjectTreeDelegate::simplifiedType(SharedPtr<Object>, QString *) const
 {
     return false;
-}
-
-WindowInteractionDelegate::WindowInteractionDelegate(const QString &className)
-    : Delegate(className, delegateType)
-{
-}
-
-WindowInteractionDelegate::~WindowInteractionDelegate() = default;
-
-FunctionCallResult<void> WindowInteractionDelegate::setFullscreenWindow(SharedPtr<Object> window)
-{
-    return unsupported("Setting fullscreen state on objects of type %1 is not supported.", window);
-}
-
-FunctionCallResult<void> WindowInteractionDelegate::setForegroundWindow(SharedPtr<Object> window)
-{
-    return unsupported("Setting foreground state on objects of type %1 is not supported.", window);
-}
-
-FunctionCallResult<void> WindowInteractionDelegate::setFocusedWindow(SharedPtr<Object> window)
-{
-    return unsupported("Focusing objects of type %1 is not supported.", window);
-}
-
-FunctionCallResult<SharedPtr<Object>> WindowInteractionDelegate::focusedWindow()
-{
-    return {};
-}
-
-FunctionCallResult<ScreenRectangle>
-WindowInteractionDelegate::windowGeometry(SharedPtr<Object> window)
-{
-    FunctionCallResult<ScreenRectangle> result;
-    result.errorMessage
-        = unsupported("Fetching window geometry for objects of type %1 is not supported.", window)
-              .errorMessage;
-    return result;
 }
 
 SendEventDelegate::~SendEventDelegate() = default;

@@ -7,6 +7,7 @@
 #include "objectmodel/namespace.h"
 #include "objectmodel/primitiveids.h"
 #include "objectmodel/primitives.h"
+#include "objectmodel/primitives_p.h"
 
 #include <algorithm>
 
@@ -31,6 +32,20 @@ QStringView bareTypeName(const QString &name)
         view.chop(1);
     }
     return view;
+}
+
+/** In the order of their ids. */
+void registerPrimitiveClasses()
+{
+    new VantrelClass_short;
+    new VantrelClass_int;
+    new VantrelClass_long;
+    new VantrelClass_bool;
+    new VantrelClass_char;
+    new VantrelClass_double;
+    new VantrelClass_int64;
+    new VantrelClass_void;
+    new VantrelClass_undefined;
 }
 
 } // namespace
@@ -160,6 +175,15 @@ void Inspector::addTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegate)
     d->topLevelDelegates();
     if (delegate && d->topLevel) {
         d->topLevel->push_back(delegate);
+    }
+}
+
+void Inspector::removeTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegate)
+{
+    if (singleton && singleton->d->topLevel) {
+        auto &delegates = *singleton->d->topLevel;
+        delegates.erase(std::remove(delegates.begin(), delegates.end(), delegate),
+                        delegates.end());
     }
 }
 

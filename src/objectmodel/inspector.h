@@ -103,6 +103,8 @@ public:
     SharedPtr<Object> findObject(const QString &name, bool checkEdition);
     /** Appends a source of top-level objects (not owned). */
     void addTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegate);
+    /** Takes a source away; its destructor does so too. Works without an Inspector. */
+    static void removeTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegate);
 
     /** Whether the last found object is kept and found again by its name; true at first. */
     void enableObjectCache(bool enabled);

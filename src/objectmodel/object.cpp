@@ -28,9 +28,9 @@ class ClassOfTheDead : public Class
 public:
     ClassOfTheDead()
     {
-        ClassPrivate *d = ClassPrivate::get(this);
-        d->setName("Dead");
-        d->nameSpace = new Namespace;
+        ClassPrivate *record = ClassPrivate::get(this);
+        record->setName("Dead");
+        record->nameSpace = new Namespace;
         setNumMethods(0);
         setNumConstructors(0);
         setNumProperties(0);
