@@ -53,7 +53,9 @@ TEST(SharedPtr, BorrowedHandlesLeaveAnUnheldObjectToItsCreator)
     EXPECT_EQ(0u, onStack.referenceCount());
 
     auto *onHeap = new Counted(&alive);
-    { auto handle = SharedPtr<Counted>::borrowed(onHeap); }
+    {
+        auto handle = SharedPtr<Counted>::borrowed(onHeap);
+    }
     EXPECT_EQ(2, alive);
     {
         SharedPtr<Counted> owner(onHeap);

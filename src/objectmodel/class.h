@@ -99,7 +99,7 @@ private:
 
 public:
     virtual SharedPtr<Object> getProperty(SharedPtr<Object> object, const Property *property);
-    /** Raw read, implemented by the back end for its own properties; @p type is the value's class. */
+    /** Raw read, implemented by the back end for its own properties; @p type is the value's. */
     virtual SharedPtr<Object> getProperty(int propertyId, void *data, const Class *type);
 
 private:
@@ -129,7 +129,7 @@ public:
     virtual bool compare(SharedPtr<Object> a, SharedPtr<Object> b) const;
     /** Whether two handles stand for the same thing. */
     virtual bool sameObjects(SharedPtr<Object> a, SharedPtr<Object> b) const;
-    /** canConvertTo() with the flags as given, both inverted, the source's, the target's inverted. */
+    /** canConvertTo() with these flags, then with both, the source's, the target's inverted. */
     virtual bool canConvertToTolerant(const Class *target, bool sourceIsPointer,
                                       bool targetIsPointer, void **constructor) const;
     virtual SharedPtr<Object> convertToTolerant(SharedPtr<Object> object, const Class *target,

@@ -91,7 +91,7 @@ public:
 
     /** Registered for exactly this name, or null. */
     const Delegate *delegate(const QString &className, Delegate::Type type) const;
-    /** Registered for @p c or else for the nearest super class that has one; null for a null class. */
+    /** Registered for @p c or the nearest super class that has one; null for a null class. */
     const Delegate *delegate(const Class *c, Delegate::Type type) const;
     /** All of one type, sorted by class name. */
     std::vector<const Delegate *> delegatesForType(Delegate::Type type) const;
@@ -205,7 +205,7 @@ public:
     virtual QString toDebugString(SharedPtr<Object> object) const = 0;
 };
 
-/** Values of objects in primitive form. Each operation is asked only if it is among the capabilities. */
+/** Values of objects in primitive form. An operation is asked if it is among the capabilities. */
 class VANTREL_EXPORT ConversionDelegate : public Delegate
 {
 public:
@@ -323,8 +323,8 @@ public:
     virtual bool dumpObject(SharedPtr<Object> object, bool withProperties, UiElement *element,
                             const Filters &filters, QString *error) const;
     virtual bool takeScreenshot(SharedPtr<Object> object, UiElement *element) const;
-    virtual bool setProperty(const Property *property, SharedPtr<Object> object,
-                             UiElement *element, int depth) const;
+    virtual bool setProperty(const Property *property, SharedPtr<Object> object, UiElement *element,
+                             int depth) const;
     virtual bool children(SharedPtr<Object> object, ObjectList *children) const;
     virtual bool visibleGlobalBounds(SharedPtr<Object> object, ScreenRectangle *bounds) const;
     virtual bool isTransparent(SharedPtr<Object> object) const;

@@ -5,11 +5,11 @@
 
 namespace Vantrel {
 
-/** What a toolkit call gave: a value, or the reason why there is none. An empty reason is success. */
+/** What a toolkit call gave: a value, or the reason why it has none; no reason means success. */
 template <class T>
 struct FunctionCallResult
 {
-    T value {};
+    T value{};
     QString errorMessage;
 };
 

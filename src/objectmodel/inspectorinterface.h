@@ -107,7 +107,10 @@ public:
     SharedPtr<Object> createPrimitive(const QString &value);
 
 protected:
-    const std::vector<SendEventDelegate *> &sendEventDelegates() const { return m_sendEventDelegates; }
+    const std::vector<SendEventDelegate *> &sendEventDelegates() const
+    {
+        return m_sendEventDelegates;
+    }
 
 private:
     Q_DISABLE_COPY(InspectorInterface)
