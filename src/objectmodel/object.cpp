@@ -16,8 +16,8 @@ namespace Vantrel {
 
 namespace {
 
-constexpr QLatin1String unnamed("unnamed");
-constexpr QLatin1String nullText("<null>");
+constexpr char unnamed[] = "unnamed";
+constexpr char nullText[] = "<null>";
 constexpr quint32 noIndex = 0xFFFFFFFFu;
 /** Objects may refer to each other in circles; below this depth their plain text stands for them. */
 constexpr int maximumDebugDepth = 64;
@@ -284,13 +284,13 @@ SharedPtr<Object> Object::parent()
 QString Object::name()
 {
     ObjectHierarchyDelegate *delegate = setupHierarchyDelegate();
-    return delegate ? delegate->name(self()) : QString(unnamed);
+    return delegate ? delegate->name(self()) : QString(QLatin1String(unnamed));
 }
 
 QString Object::qualifiedName()
 {
     ObjectHierarchyDelegate *delegate = setupHierarchyDelegate();
-    return delegate ? delegate->qualifiedName(self()) : QString(unnamed);
+    return delegate ? delegate->qualifiedName(self()) : QString(QLatin1String(unnamed));
 }
 
 int Object::wrapperType() const
@@ -319,7 +319,7 @@ SharedPtr<Object> Object::convertedToPrimitive(int classId) const
 QString Object::toString()
 {
     if (isNull()) {
-        return nullText;
+        return QLatin1String(nullText);
     }
     if (ConversionDelegate *delegate = conversionDelegate(ConversionDelegate::StringCapability)) {
         return delegate->toString(self());
