@@ -49,8 +49,8 @@ TEST(ObjectAttribute, MatchesTolerantlyByShape)
 TEST(Signature, SpellsArgumentsAndResultsEachInTheirWay)
 {
     const TestClass &foo = *new TestClass("MtFoo");
-    auto *kind = new Enum(0, &foo, QStringLiteral("Kind"), sizes);
-    auto *global = new Enum(0, inspector()->globalClass(), QStringLiteral("Mode"), sizes);
+    const Enum kindEnum(0, &foo, QStringLiteral("Kind"), sizes);
+    const Enum modeEnum(0, inspector()->globalClass(), QStringLiteral("Mode"), sizes);
     const QString x = QStringLiteral("x");
     const struct { const char *what; Argument argument; const char *inList; const char *asResult; } rows[] = {
         {"value",           Argument(x, &foo), "MtFoo x", "MtFoo"},
@@ -60,8 +60,8 @@ TEST(Signature, SpellsArgumentsAndResultsEachInTheirWay)
         {"array",           Argument(&foo, arrayFlag, 0), "MtFoo []", "MtFoo []"},
         {"array of const pointers", Argument(&foo, arrayFlag | pointerFlag | const2Flag, 2),
                                     "MtFoo * [2] const", "MtFoo* const [2]"},
-        {"enum",            Argument(x, &foo, ObjectAttribute(), kind), "MtFoo::Kind x", "MtFoo::Kind"},
-        {"global enum",     Argument(x, &foo, ObjectAttribute(), global), "Mode x", "MtFoo::Mode"},
+        {"enum",            Argument(x, &foo, ObjectAttribute(), &kindEnum), "MtFoo::Kind x", "MtFoo::Kind"},
+        {"global enum",     Argument(x, &foo, ObjectAttribute(), &modeEnum), "Mode x", "MtFoo::Mode"},
         {"no class",        Argument(x, nullptr), "undefined x", "undefined"},
         {"unset",           Argument(), "", ""},
     };

@@ -4,6 +4,8 @@
 #include "objectmodel/inspector.h"
 #include "objectmodel/primitiveids.h"
 
+#include <algorithm>
+
 namespace Vantrel {
 
 namespace {
@@ -22,6 +24,30 @@ TextShape textShape(const Class *c, const ObjectAttribute &attribute)
     return attribute.isPointer() || attribute.isArray() ? TextShape::Text : TextShape::Character;
 }
 
+/** How many elements native code may read behind the pointer, at least. */
+int elementsGiven(const ObjectAttribute &attribute)
+{
+    return attribute.isArray() ? attribute.arrayLength() : 1;
+}
+
+int elementsWanted(const Argument &declared)
+{
+    return declared.isArray() ? std::max(1, declared.arrayLength()) : 1;
+}
+
+/** Whether a value of the declared class can be read in the declared shape. */
+bool fits(const SharedPtr<Object> &value, const Argument &declared)
+{
+    const ObjectAttribute given = value->objectAttribute();
+    const TextShape wanted = textShape(declared.type(), declared.attribute());
+    if (wanted != textShape(declared.type(), given)) {
+        return false;
+    }
+    const bool counted = wanted == TextShape::None
+        || (wanted == TextShape::TextList && declared.arrayLength() > 0);
+    return !counted || elementsGiven(given) >= elementsWanted(declared);
+}
+
 SharedPtr<Object> converted(const SharedPtr<Object> &value, const Argument &declared)
 {
     const Class *source = value->type();
@@ -32,12 +58,8 @@ SharedPtr<Object> converted(const SharedPtr<Object> &value, const Argument &decl
         return {};
     }
     SharedPtr<Object> result = source->convertTo(value, declared.type(), toPointer);
-    if (!result || !result->isA(declared.type())
-        || textShape(result->type(), result->objectAttribute())
-            != textShape(declared.type(), declared.attribute())) {
-        return {};
-    }
-    return result;
+    return result && result->isA(declared.type()) && fits(result, declared) ? result
+                                                                            : SharedPtr<Object>();
 }
 
 /** Enums accept the texts of their keys, and numbers written as text. */
@@ -53,6 +75,12 @@ SharedPtr<Object> enumValue(const SharedPtr<Object> &text, const Argument &decla
     }
     SharedPtr<Object> value = Inspector::self()->createPrimitive(number);
     return value->isA(declared.type()) ? value : converted(value, declared);
+}
+
+QString shapeText(const ObjectAttribute &attribute)
+{
+    return QLatin1String(attribute.isPointer() ? " *" : "")
+        + QLatin1String(attribute.isArray() ? " []" : "");
 }
 
 QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declared)
@@ -74,7 +102,11 @@ QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declare
         return QStringLiteral("'%1' is no key of %2").arg(value->toString(),
                                                           declared.enumType()->name());
     }
-    return QStringLiteral("%1 cannot convert to %2").arg(value->className(), type);
+    const QString given = value->className();
+    return given == type
+        ? QStringLiteral("%1 cannot convert to %2")
+              .arg(given + shapeText(value->objectAttribute()), type + shapeText(declared.attribute()))
+        : QStringLiteral("%1 cannot convert to %2").arg(given, type);
 }
 
 } // namespace
@@ -86,10 +118,7 @@ SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declar
     }
     const Class *source = value->type();
     if (Class::isSubClass(source, declared.type())) {
-        const TextShape wanted = textShape(declared.type(), declared.attribute());
-        const bool fits = wanted == TextShape::None
-            || wanted == textShape(declared.type(), value->objectAttribute());
-        return fits || value->isNull() ? value : converted(value, declared);
+        return value->isNull() || fits(value, declared) ? value : converted(value, declared);
     }
     if (value->isNull()) {
         return {};

@@ -65,18 +65,25 @@ bool acceptsUnconverted(const Method *method, const ObjectList &arguments)
     return true;
 }
 
-const char *classNameOf(const SharedPtr<Object> &value, QByteArray *buffer)
+SharedPtr<Object> reportUnreadable(const Property *property)
 {
-    *buffer = value ? value->className().toUtf8() : QByteArray();
-    return buffer->constData();
+    printDiagnostic("Class::getProperty: property %s is not readable\n",
+                    qUtf8Printable(property->name()));
+    return {};
+}
+
+bool reportUnwritable(const Property *property)
+{
+    printDiagnostic("Object::setProperty: property %s is not writable\n",
+                    qUtf8Printable(property->name()));
+    return false;
 }
 
 bool reportUnconvertible(const SharedPtr<Object> &value, const Property *property)
 {
-    QByteArray buffer;
+    const QString wanted = property->type() ? property->type()->className() : QString();
     printDiagnostic("Object::setProperty: type %s cannot be converted to %s\n",
-                    classNameOf(value, &buffer),
-                    property->type() ? qUtf8Printable(property->type()->className()) : "");
+                    qUtf8Printable(value->className()), qUtf8Printable(wanted));
     return false;
 }
 
@@ -89,9 +96,7 @@ SharedPtr<Object> readDelegateProperty(int propertyId, const SharedPtr<Object> &
         return {};
     }
     if (!declaration->isReadable()) {
-        printDiagnostic("Class::getProperty: property %s is not readable\n",
-                        qUtf8Printable(property->name()));
-        return {};
+        return reportUnreadable(property);
     }
     if (const Method *read = declaration->readMethod()) {
         return read->invoke(object, ObjectList());
@@ -108,9 +113,7 @@ bool writeDelegateProperty(const SharedPtr<Object> &object, SharedPtr<Object> va
         return false;
     }
     if (!declaration->isWritable()) {
-        printDiagnostic("Object::setProperty: property %s is not writable\n",
-                        qUtf8Printable(property->name()));
-        return false;
+        return reportUnwritable(property);
     }
     if (value && !value->isA(property->type())) {
         const SharedPtr<Object> fitting = adapted(value, property->argument());
@@ -358,6 +361,9 @@ SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *p
     if (property->propertyDeclaration()) {
         return readDelegateProperty(property->id(), object, property);
     }
+    if (!property->isReadable()) {
+        return reportUnreadable(property);
+    }
     if (!property->isStatic() && !verifyClass(object, this, property->name())) {
         return {};
     }
@@ -413,6 +419,9 @@ bool Class::setProperty(SharedPtr<Object> object, const Property *property,
     }
     if (property->propertyDeclaration()) {
         return writeDelegateProperty(object, value, property);
+    }
+    if (!property->isWritable()) {
+        return reportUnwritable(property);
     }
     if (!property->isStatic() && !verifyClass(object, this, property->name())) {
         return false;
