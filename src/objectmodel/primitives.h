@@ -6,6 +6,8 @@
 
 namespace Vantrel {
 
+class PrimitiveValue;
+
 /**
  * What the classes of the values that every script language has are made of.
  * Each of them stands for one native type; how the value is stored follows from
@@ -109,7 +111,10 @@ public:
      */
     void objectFromStream(QDataStream &stream) override;
 
-    /** toString() and the type, for example "7 : int"; "char[]" is a text, "char*[]" a list. */
+    /**
+     * toString() and the class, for example "7 : int"; "char[]" is a text and
+     * "char*[]" a list. Null data reads "0 : int".
+     */
     QString toDebugString() override;
     /** Several elements read "[ 1, 2 ]", null data "<null>". A byte above 127 is taken as Latin-1.
      */
@@ -135,6 +140,7 @@ public:
 
 private:
     void replaceData(void *data);
+    void ensureData(PrimitiveValue *value);
     void setText(const QByteArray &text);
     template <class T>
     void setValue(const T &value);

@@ -7,23 +7,6 @@
 
 namespace Vantrel {
 
-/** The primitive types, numbered as the Inspector numbers their classes. */
-enum class PrimitiveKind {
-    None = -1,
-    Short = 0,
-    Int,
-    Long,
-    Bool,
-    Char,
-    Double,
-    Int64,
-    Void,
-    Undefined
-};
-
-/** That of the nearest class in the hierarchy of @p c that is primitive. */
-PrimitiveKind primitiveKind(const Class *c);
-
 // New values that own their data. Texts are pointers, lists pointers and arrays.
 SharedPtr<Object> makePrimitive(bool value);
 SharedPtr<Object> makePrimitive(int value);
