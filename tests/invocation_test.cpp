@@ -148,6 +148,7 @@ TEST_F(Invocation, HandsOverNativePointers)
     };
     EXPECT_EQ(1.5, c().method(4)->invoke(object(c()), {primitiveOf(3.0)})->toDouble());
     EXPECT_EQ(&native, lastData);
+    reaction = nullptr;
     c().method(0)->invoke(object(c()), {primitiveOf(1)});
     EXPECT_EQ(primitive(PrimitiveId::Int), lastType);
 
