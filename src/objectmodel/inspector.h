@@ -11,6 +11,7 @@ namespace Vantrel {
 class GlobalClass;
 class InspectorPrivate;
 class ObjectHierarchyDelegate;
+struct NearMiss;
 
 /**
  * The entry point of the object model: registers and finds classes and
@@ -37,6 +38,10 @@ public:
     /** A top-level object by its index over all toolkits; null out of range. */
     SharedPtr<Object> object(int index) override;
     ObjectList objects() override;
+    /**
+     * The object with a symbolic, multi-property, qualified ("{...}.child") or
+     * hierarchical name. Null when there is none; the last error tells why.
+     */
     SharedPtr<Object> findObject(const QString &name) override;
     int numClasses() const override;
     /** One trailing "*" or "&" of @p name is ignored. */
@@ -110,6 +115,12 @@ public:
     void enableObjectCache(bool enabled);
     /** Drops the cached object if it wraps the native @p data. */
     void invalidateObjectCache(void *data);
+
+    /**
+     * After a multi-property search that failed: up to 10 objects that came
+     * nearest, best first, from toolkits that match with ObjectMatcher.
+     */
+    std::vector<NearMiss> nearMisses() const;
 
     void addUnmatchedProperty(const QString &objectName, const QString &property);
     void setUnmatchedProperties(const QString &objectName, const QStringList &properties);

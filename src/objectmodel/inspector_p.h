@@ -3,6 +3,7 @@
 
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
+#include "objectmodel/objectsearch.h"
 
 #include <QHash>
 #include <QStringView>
@@ -14,6 +15,7 @@ namespace Vantrel {
 
 class Class;
 class Namespace;
+class SearchScope;
 
 /** Things by id, in the order of their registration, and by name. A later one takes over a name. */
 template <class T>
@@ -72,6 +74,18 @@ public:
     /** Top-level child number @p index over all delegates. */
     SharedPtr<Object> topLevelObject(int index);
 
+    bool isEvaluationAllowed() const;
+    /** Whether the toolkit of a found object is covered. */
+    bool isEditionAllowed(const SharedPtr<Object> &object) const;
+    bool isCached(const QString &name) const;
+    /** The end of a successful search: @p found goes into the cache. */
+    SharedPtr<Object> accept(const QString &name, const SharedPtr<Object> &found,
+                             bool checkEdition);
+    SharedPtr<Object> askDelegates(const ObjectName &name);
+    /** Asks the delegates again, with matchers that take notes. */
+    void explainFailure(SearchScope &scope, const ObjectName &name);
+    void forgetFailedSearch();
+
     int globalClassId = 9;
     int globalNamespaceId = 0;
     Registry<const Class> classes;
@@ -84,6 +98,9 @@ public:
     bool cacheEnabled = true;
     QString lastError;
     QMap<QString, QStringList> unmatchedProperties;
+    /** Those among them that the last search has put there. */
+    QStringList reportedNames;
+    std::vector<NearMiss> nearMisses;
     unsigned long licEditions = 0;
     bool spyingEnabled = false;
 };

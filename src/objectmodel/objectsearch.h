@@ -1,0 +1,146 @@
+#ifndef VANTREL_OBJECTSEARCH_H
+#define VANTREL_OBJECTSEARCH_H
+
+#include "objectmodel/export.h"
+#include "objectmodel/object.h"
+#include "objectmodel/objectname.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace Vantrel {
+
+/** A candidate that met some conditions of a name that was not found. */
+struct NearMiss
+{
+    struct Condition
+    {
+        QString name;
+        /** "=", "~=" or "?=". */
+        QString operatorText;
+        QString wanted;
+        /** Null when the candidate has no such property. */
+        QString actual;
+        bool held = false;
+    };
+
+    SharedPtr<Object> object;
+    int numHeld = 0;
+    /** In the order of the property names. */
+    std::vector<Condition> conditions;
+};
+
+/**
+ * Matches candidates against one multi-property name. A hierarchy delegate
+ * makes one in objectByQualifiedName() and offers its objects in their order
+ * until one is accepted:
+ *
+ *     ObjectMatcher matcher(name);
+ *     for (Widget *widget : widgets) {
+ *         const auto holds = [&](const QString &property, const PropertyValue &wanted, QString *actual) {
+ *             return ObjectMatcher::holds(wanted, widget->read(property), actual);
+ *         };
+ *         if (matcher.offer(holds, [&] { return wrapped(widget); })) {
+ *             return wrapped(widget);
+ *         }
+ *     }
+ *
+ * That takes care of "occurrence" too. When a search fails, the Inspector asks
+ * the delegates a second time and lets their matchers note which properties did
+ * not match and which candidates came near; successful searches pay nothing.
+ */
+class VANTREL_EXPORT ObjectMatcher
+{
+public:
+    /** A name that is invalid, or whose occurrence is no number above 0, accepts nothing. */
+    explicit ObjectMatcher(const ObjectName &name);
+    /** Reports what was noted. */
+    ~ObjectMatcher();
+
+    /**
+     * Whether the candidate is the one that is looked for.
+     *
+     * @p holds is called as `bool holds(const QString &property, const
+     * PropertyValue &wanted, QString *actual)` and stores the property's text in
+     * @p actual unless that is null. @p handle is called without arguments and
+     * gives the object, which is only made when the candidate is remembered.
+     */
+    template <class Holds, class Handle>
+    bool offer(Holds holds, Handle handle)
+    {
+        return m_notes ? note(check(holds), handle) : accepts(holds);
+    }
+    /**
+     * The same for an object whose properties are read by reflection. A
+     * condition on a property that is an object is matched with its qualified name.
+     */
+    bool offer(const SharedPtr<Object> &candidate);
+
+    /** Matches @p value and stores it in @p actual unless that is null. */
+    static bool holds(const PropertyValue &wanted, const QString &value, QString *actual);
+
+private:
+    Q_DISABLE_COPY(ObjectMatcher)
+    struct Condition
+    {
+        QString name;
+        PropertyValue value;
+    };
+    struct Notes;
+
+    template <class Holds>
+    bool accepts(Holds &holds)
+    {
+        if (!m_usable) {
+            return false;
+        }
+        for (const Condition &condition : m_conditions) {
+            if (!holds(condition.name, condition.value, nullptr)) {
+                return false;
+            }
+        }
+        return ++m_seen == m_occurrence;
+    }
+    template <class Holds>
+    NearMiss check(Holds &holds)
+    {
+        NearMiss result = unchecked();
+        for (std::size_t i = 0; i < m_conditions.size(); ++i) {
+            NearMiss::Condition &checked = result.conditions[i];
+            checked.held = holds(m_conditions[i].name, m_conditions[i].value, &checked.actual);
+            result.numHeld += checked.held;
+        }
+        return result;
+    }
+    template <class Handle>
+    bool note(NearMiss candidate, Handle &handle)
+    {
+        if (candidate.numHeld == int(m_conditions.size()) && m_usable) {
+            if (++m_seen == m_occurrence) {
+                return true;
+            }
+            addOccurrence(candidate);
+        }
+        if (isWorthNoting(candidate)) {
+            candidate.object = handle();
+            keep(std::move(candidate));
+        }
+        return false;
+    }
+    NearMiss unchecked() const;
+    void addOccurrence(NearMiss &candidate) const;
+    bool isWorthNoting(const NearMiss &candidate);
+    void keep(NearMiss candidate);
+
+    std::vector<Condition> m_conditions;
+    int m_occurrence;
+    int m_seen = 0;
+    bool m_usable;
+    /** Set while a failed search is explained. */
+    Notes *m_notes = nullptr;
+};
+
+} // namespace Vantrel
+
+#endif // VANTREL_OBJECTSEARCH_H

@@ -1,0 +1,339 @@
+#include "testclass.h"
+
+#include "objectmodel/delegates.h"
+#include "objectmodel/objectmap.h"
+#include "objectmodel/objectname.h"
+#include "objectmodel/objectsearch.h"
+
+#include <gtest/gtest.h>
+
+using namespace Vantrel;
+using namespace VantrelTest;
+
+namespace {
+
+struct Node
+{
+    QString name;
+    QString type;
+    QString text;
+    Node *parent = nullptr;
+    std::vector<std::unique_ptr<Node>> children;
+
+    Node *add(const char *childName, const char *childType, const char *childText)
+    {
+        children.push_back(std::make_unique<Node>());
+        Node *child = children.back().get();
+        child->name = QString::fromLatin1(childName);
+        child->type = QString::fromLatin1(childType);
+        child->text = QString::fromLatin1(childText);
+        child->parent = this;
+        return child;
+    }
+};
+
+/** A toolkit of three levels: windows, panels, widgets. */
+class Toolkit : public ObjectHierarchyDelegate
+{
+public:
+    Toolkit() : ObjectHierarchyDelegate(nodeClass().className()) { }
+
+    static TestClass &nodeClass()
+    {
+        static TestClass &made = *new TestClass("SrNode");
+        return made;
+    }
+    SharedPtr<Object> wrapped(Node *node) const
+    {
+        ++handles;
+        const Class *c = &nodeClass();
+        return c->wrap(node, ObjectAttribute::Pointer());
+    }
+    static Node *unwrapped(const SharedPtr<Object> &object)
+    {
+        void *data = nullptr;
+        object->get(&data);
+        return static_cast<Node *>(data);
+    }
+
+    int numChildren(SharedPtr<Object> parent) override { return int(node(parent)->children.size()); }
+    SharedPtr<Object> child(SharedPtr<Object> parent, int index) override
+    {
+        return wrapped(node(parent)->children.at(index).get());
+    }
+    SharedPtr<Object> childByName(SharedPtr<Object> parent, const QString &name) override
+    {
+        for (const auto &candidate : node(parent)->children) {
+            if (candidate->name == name) {
+                return wrapped(candidate.get());
+            }
+        }
+        return {};
+    }
+    QString name(SharedPtr<Object> object) override { return unwrapped(object)->name; }
+    QString qualifiedName(SharedPtr<Object> object) override
+    {
+        return QStringLiteral("{name='%1'}").arg(unwrapped(object)->name);
+    }
+    int wrapperType(SharedPtr<Object>) override { return 0; }
+    SharedPtr<Object> objectByQualifiedName(SharedPtr<Object> parent, const ObjectName &name) override
+    {
+        ++searches;
+        ObjectMatcher matcher(name);
+        return search(*node(parent), matcher);
+    }
+
+    Node root;
+    int searches = 0;
+    mutable int handles = 0;
+
+private:
+    Node *node(const SharedPtr<Object> &object) { return object ? unwrapped(object) : &root; }
+
+    SharedPtr<Object> search(Node &below, ObjectMatcher &matcher)
+    {
+        for (const auto &child : below.children) {
+            const auto holds = [&](const QString &property, const PropertyValue &wanted, QString *actual) {
+                return condition(*child, property, wanted, actual);
+            };
+            if (matcher.offer(holds, [&] { return wrapped(child.get()); })) {
+                return wrapped(child.get());
+            }
+            if (SharedPtr<Object> found = search(*child, matcher)) {
+                return found;
+            }
+        }
+        return {};
+    }
+    bool condition(const Node &candidate, const QString &property, const PropertyValue &wanted, QString *actual)
+    {
+        if (property == QLatin1String("name")) {
+            return ObjectMatcher::holds(wanted, candidate.name, actual);
+        }
+        if (property == QLatin1String("type")) {
+            return ObjectMatcher::holds(wanted, candidate.type, actual);
+        }
+        if (property == QLatin1String("text")) {
+            return ObjectMatcher::holds(wanted, candidate.text, actual);
+        }
+        if (property == QLatin1String("container") && wanted.isObject()) {
+            const SharedPtr<Object> container = inspector()->findObject(wanted.stringValue());
+            return container && unwrapped(container) == candidate.parent;
+        }
+        return false;
+    }
+};
+
+class Search : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        inspector()->lastError();
+        inspector()->enableObjectCache(false);
+        inspector()->addTopLevelHierarchyDelegate(&toolkit);
+        Node *window = toolkit.root.add("main", "Window", "Address List");
+        Node *panel = window->add("form", "Panel", "");
+        ok = panel->add("ok", "Button", "OK");
+        cancel = panel->add("cancel", "Button", "Cancel");
+        edit = panel->add("edit", "Edit", "Ann");
+        Node *dialog = toolkit.root.add("dialog", "Window", "Question");
+        dialogOk = dialog->add("buttons", "Panel", "")->add("ok", "Button", "OK");
+    }
+    void TearDown() override
+    {
+        inspector()->enableObjectCache(true);
+        inspector()->invalidateObjectCache(ok);
+        inspector()->lastError();
+    }
+    Node *find(const QString &name)
+    {
+        const SharedPtr<Object> found = inspector()->findObject(name);
+        return found ? Toolkit::unwrapped(found) : nullptr;
+    }
+    Node *find(const char *name) { return find(QString::fromLatin1(name)); }
+    QString error() { return inspector()->lastError(); }
+
+    Toolkit toolkit;
+    Node *ok, *cancel, *edit, *dialogOk;
+};
+
+} // namespace
+
+TEST_F(Search, FindsByEveryKindOfName)
+{
+    ObjectMap map(false);
+    map.loadFromString(QStringLiteral(":OK\t{text='OK' type='Button'}\n:Edit\tmain.form.edit\n"));
+    const struct { const char *what; const char *name; Node *found; } rows[] = {
+        {"two properties", "{type='Button' text='Cancel'}", cancel},
+        {"regular expression", "{type='Button' text~='^C.*l$'}", cancel},
+        {"wildcard", "{type='But*' text?='Can*'}", nullptr},
+        {"wildcards", "{type?='But*' text?='Can*'}", cancel},
+        {"first of several", "{text='OK'}", ok},
+        {"second occurrence", "{text='OK' occurrence='2'}", dialogOk},
+        {"third occurrence", "{text='OK' occurrence='3'}", nullptr},
+        {"occurrence that is no number", "{text='OK' occurrence='x'}", nullptr},
+        {"nested name", "{text='OK' container={name='buttons'}}", dialogOk},
+        {"nested twice", "{text='OK' container={name='buttons' container={type='Window'}}}", nullptr},
+        {"qualified", "{type='Panel'}.cancel", cancel},
+        {"qualified over two levels", "{text='Question'}.buttons.ok", dialogOk},
+        {"hierarchical", "main.form.edit", edit},
+        {"symbolic", ":OK", ok},
+        {"symbolic for a hierarchical name", ":Edit", edit},
+        {"symbol that is no entry, taken as a name", ":main.form.ok", ok},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(row.found, find(row.name));
+        EXPECT_EQ(row.found == nullptr, !error().isEmpty());
+    }
+}
+
+TEST_F(Search, SaysWhatWasNotFound)
+{
+    ObjectMap map(false);
+    map.loadFromString(QStringLiteral(":Gone\tmain.gone\n:NoTop\tnowhere\n:Bad\t{type='X'}\n"));
+    const struct { const char *what; const char *name; const char *error; } rows[] = {
+        {"empty", "", "Empty Object Name passed to findObject!"},
+        {"invalid", "{a=x}", "Cannot find object with invalid object name: Parse error while parsing '{a=x}': "
+                             "at column 4: expected either ' or { or whitespace, got x\n"},
+        {"hierarchical, brace", "a.b}", "Cannot find object with invalid object name: Hierarchical names must not "
+                                        "start with '{' or end in '}': a.b}"},
+        {"top level", "nowhere.ok", "Object 'nowhere.ok' not found."},
+        {"percent signs", "no%1where", "Object 'no%1where' not found."},
+        {"child", "main.form.nothing.more", "Object 'main.form.nothing.more' not found.\n"
+                                            "    Could not find child 'nothing' under 'main.form'"},
+        {"symbol", ":Missing", "Object ':Missing' not found. Object name not found in Object Map."},
+        {"symbol with a path", ":Gone", "Object ':Gone' not found.\n    Could not find child 'gone' under 'main'"},
+        {"symbol in the map", ":NoTop", "Object ':NoTop' not found."},
+        {"conditions", "{text='OK' type='Label'}", "Object '{text='OK' type='Label'}' not found. Could not match "
+                       "properties:\n    type for object name: '{text='OK' type='Label'}'"},
+        {"no candidate", "{colour='red'}", "Object '{colour='red'}' not found. Could not match properties:\n"
+                         "    colour for object name: '{colour='red'}'"},
+        {"symbol for conditions", ":Bad", "Object ':Bad' not found. Could not match properties:\n"
+                                          "    type for object name: '{type='X'}'"},
+        {"qualified, child", "{type='Panel'}.x", "Object '{type='Panel'}.x' not found.\n"
+                                                 "    Could not find child 'x' under '{type='Panel'}'"},
+        {"qualified, prefix", "{type='X'}.x", "Object '{type='X'}.x' not found: Object '{type='X'}' not found. Could "
+                              "not match properties:\n    type for object name: '{type='X'}'"},
+        {"empty qualified component", "{type='Panel'}.", "Object '{type='Panel'}.' not found.\n"
+                                                         "    Could not find child '' under '{type='Panel'}'"},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(nullptr, find(row.name));
+        EXPECT_EQ(QString::fromLatin1(row.error), error());
+        EXPECT_EQ(QString(), error());
+    }
+}
+
+TEST_F(Search, ReportsWhatACallerAddsAndAnEarlierError)
+{
+    inspector()->setError(QStringLiteral("earlier"));
+    inspector()->addUnmatchedProperty(QStringLiteral("{a='1'\n}"), QStringLiteral("a"));
+    inspector()->addUnmatchedProperty(QStringLiteral("{a='1'\n}"), QStringLiteral("b"));
+    ObjectMap map(false);
+    EXPECT_EQ(nullptr, find("{name='none'}"));
+    EXPECT_EQ(2, inspector()->unmatchedProperties().size());
+    EXPECT_EQ(QStringLiteral("Object '{name='none'}' not found: earlier Could not match properties:"
+                             "\n    a,b for object name: '{a='1'\\n}'"
+                             "\n    name for object name: '{name='none'}'"),
+              error());
+    EXPECT_TRUE(inspector()->unmatchedProperties().isEmpty());
+
+    // What one failed search reported does not burden the next one.
+    find("{name='first'}");
+    find("{name='second'}");
+    EXPECT_EQ(QStringList {"{name='second'}"}, inspector()->unmatchedProperties().keys());
+}
+
+TEST_F(Search, KeepsTheLastFoundObjectByItsGivenName)
+{
+    inspector()->enableObjectCache(true);
+    const SharedPtr<Object> first = inspector()->findObject(QStringLiteral("{text='OK'}"));
+    const int searches = toolkit.searches;
+    EXPECT_EQ(first, inspector()->findObject(QStringLiteral("{text='OK'}")));
+    EXPECT_EQ(searches, toolkit.searches);
+    inspector()->findObject(QStringLiteral("{ text='OK'}")); // another spelling is another name
+    EXPECT_EQ(searches + 1, toolkit.searches);
+    inspector()->findObject(QStringLiteral("{text='OK'}"));
+    EXPECT_EQ(searches + 2, toolkit.searches);
+
+    inspector()->invalidateObjectCache(&toolkit);
+    inspector()->findObject(QStringLiteral("{text='OK'}"));
+    EXPECT_EQ(searches + 2, toolkit.searches);
+    inspector()->invalidateObjectCache(ok);
+    const SharedPtr<Object> again = inspector()->findObject(QStringLiteral("{text='OK'}"));
+    EXPECT_EQ(searches + 3, toolkit.searches);
+    again->invalidate();
+    EXPECT_EQ(ok, find("{text='OK'}")) << "a dead handle is no hit";
+    EXPECT_EQ(searches + 4, toolkit.searches);
+}
+
+TEST_F(Search, NamesTheNearestCandidates)
+{
+    EXPECT_EQ(nullptr, find("{text='ok' type='Button'}"));
+    const std::vector<NearMiss> misses = inspector()->nearMisses();
+    ASSERT_EQ(3u, misses.size());
+    EXPECT_EQ(ok, Toolkit::unwrapped(misses[0].object));
+    EXPECT_EQ(dialogOk, Toolkit::unwrapped(misses[1].object));
+    EXPECT_EQ(cancel, Toolkit::unwrapped(misses[2].object));
+    EXPECT_EQ(1, misses[0].numHeld);
+    ASSERT_EQ(2u, misses[0].conditions.size());
+    EXPECT_EQ(QStringLiteral("text"), misses[0].conditions[0].name);
+    EXPECT_EQ(QStringLiteral("="), misses[0].conditions[0].operatorText);
+    EXPECT_EQ(QStringLiteral("ok"), misses[0].conditions[0].wanted);
+    EXPECT_EQ(QStringLiteral("OK"), misses[0].conditions[0].actual);
+    EXPECT_FALSE(misses[0].conditions[0].held);
+    EXPECT_TRUE(misses[0].conditions[1].held);
+
+    // All conditions hold, but not as often as wanted.
+    EXPECT_EQ(nullptr, find("{text='OK' occurrence='3'}"));
+    ASSERT_EQ(2u, inspector()->nearMisses().size());
+    EXPECT_EQ(QStringLiteral("occurrence"), inspector()->nearMisses()[1].conditions.back().name);
+    EXPECT_EQ(QStringLiteral("2"), inspector()->nearMisses()[1].conditions.back().actual);
+
+    for (int i = 0; i < 30; ++i) {
+        toolkit.root.add("more", "Button", "no");
+    }
+    EXPECT_EQ(nullptr, find("{text='zzz' type='Button'}"));
+    EXPECT_EQ(10u, inspector()->nearMisses().size());
+
+    // Finding something costs no handle but the one that is found.
+    toolkit.handles = 0;
+    const int searches = toolkit.searches;
+    EXPECT_EQ(dialogOk, find("{text='OK' occurrence='2'}"));
+    EXPECT_EQ(1, toolkit.handles);
+    EXPECT_EQ(searches + 1, toolkit.searches);
+    EXPECT_TRUE(inspector()->nearMisses().empty());
+}
+
+TEST_F(Search, ReadsPropertiesByReflection)
+{
+    TestClass &c = *new TestClass("SrReflected");
+    c.addProperty("text", textArgument()).addProperty("size", intArgument());
+    c.addProperty("window", Argument(&Toolkit::nodeClass(), ObjectAttribute::Pointer()));
+    c.onGet = [this](int id, void *) {
+        return id == 0 ? inspector()->createPrimitive("Hello")
+            : id == 1  ? inspector()->createPrimitive(7)
+                       : toolkit.wrapped(ok->parent->parent);
+    };
+    int data = 0;
+    const SharedPtr<Object> object(new Object(&data, &c, ObjectAttribute::Pointer()));
+    const struct { const char *name; bool found; } rows[] = {
+        {"{text='Hello' size='7'}", true},
+        {"{text='Hello' size='8'}", false},
+        {"{text='Hello' colour=''}", false},
+        {"{window={name='main'}}", true},
+        {"{window={name='other'}}", false},
+        {"not a multi-property name", false},
+        {"{text=}", false},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.name);
+        ObjectMatcher matcher(ObjectName(QString::fromLatin1(row.name)));
+        EXPECT_EQ(row.found, matcher.offer(object));
+        EXPECT_FALSE(matcher.offer(SharedPtr<Object>()));
+    }
+    c.onGet = nullptr;
+}
