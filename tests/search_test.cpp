@@ -93,8 +93,8 @@ private:
     SharedPtr<Object> search(Node &below, ObjectMatcher &matcher)
     {
         for (const auto &child : below.children) {
-            const auto holds = [&](const QString &property, const PropertyValue &wanted, QString *actual) {
-                return condition(*child, property, wanted, actual);
+            const auto holds = [&](const ObjectMatcher::Condition &wanted, QString *actual) {
+                return condition(*child, wanted, actual);
             };
             if (matcher.offer(holds, [&] { return wrapped(child.get()); })) {
                 return wrapped(child.get());
@@ -105,19 +105,19 @@ private:
         }
         return {};
     }
-    bool condition(const Node &candidate, const QString &property, const PropertyValue &wanted, QString *actual)
+    bool condition(const Node &candidate, const ObjectMatcher::Condition &wanted, QString *actual)
     {
-        if (property == QLatin1String("name")) {
-            return ObjectMatcher::holds(wanted, candidate.name, actual);
+        if (wanted.name == QLatin1String("name")) {
+            return wanted.holds(candidate.name, actual);
         }
-        if (property == QLatin1String("type")) {
-            return ObjectMatcher::holds(wanted, candidate.type, actual);
+        if (wanted.name == QLatin1String("type")) {
+            return wanted.holds(candidate.type, actual);
         }
-        if (property == QLatin1String("text")) {
-            return ObjectMatcher::holds(wanted, candidate.text, actual);
+        if (wanted.name == QLatin1String("text")) {
+            return wanted.holds(candidate.text, actual);
         }
-        if (property == QLatin1String("container") && wanted.isObject()) {
-            const SharedPtr<Object> container = inspector()->findObject(wanted.stringValue());
+        if (wanted.name == QLatin1String("container") && wanted.wanted.isObject()) {
+            const SharedPtr<Object> container = inspector()->findObject(wanted.wanted.stringValue());
             return container && unwrapped(container) == candidate.parent;
         }
         return false;

@@ -9,6 +9,7 @@
 #include <QStringView>
 #include <QVarLengthArray>
 
+#include <cstring>
 #include <optional>
 
 namespace Vantrel {
@@ -17,6 +18,20 @@ class Class;
 class Namespace;
 class SearchScope;
 
+/** A view of a name as a key, with the plain comparison of bytes that equality needs. */
+struct NameView
+{
+    QStringView text;
+
+    friend bool operator==(const NameView &a, const NameView &b)
+    {
+        const std::size_t bytes = a.text.size() * sizeof(QChar);
+        return a.text.size() == b.text.size()
+            && (bytes == 0 || std::memcmp(a.text.utf16(), b.text.utf16(), bytes) == 0);
+    }
+    friend uint qHash(const NameView &name, uint seed) { return qHash(name.text, seed); }
+};
+
 /** Things by id, in the order of their registration, and by name. A later one takes over a name. */
 template <class T>
 class Registry
@@ -24,7 +39,11 @@ class Registry
 public:
     int add(T *item, const QString &name);
     T *at(int id) const { return id >= 0 && id < m_items.size() ? m_items[id] : nullptr; }
-    T *find(QStringView name) const { return m_byName.value(name).item; }
+    T *find(QStringView name) const
+    {
+        const auto found = m_byName.constFind(NameView {name});
+        return found == m_byName.constEnd() ? nullptr : found->item;
+    }
     int size() const { return m_items.size(); }
     void clear();
 
@@ -39,7 +58,7 @@ private:
     };
 
     QVarLengthArray<T *, inlineCapacity> m_items;
-    QHash<QStringView, Entry> m_byName;
+    QHash<NameView, Entry> m_byName;
 };
 
 template <class T>
@@ -49,11 +68,11 @@ int Registry<T>::add(T *item, const QString &name)
         m_items.reserve(m_items.capacity() + growth);
     }
     m_items.append(item);
-    const auto known = m_byName.find(name);
+    const auto known = m_byName.find(NameView {name});
     if (known != m_byName.end()) {
         known->item = item;
     } else {
-        m_byName.insert(QStringView(name), Entry {name, item});
+        m_byName.insert(NameView {name}, Entry {name, item});
     }
     return m_items.size() - 1;
 }

@@ -205,14 +205,15 @@ private:
 PropertyValue::PropertyValue() = default;
 
 PropertyValue::PropertyValue(const QString &text, Modifiers mode, Type type)
-    : m_text(text), m_mode(mode), m_type(type)
+    : m_text(text), m_mode(mode), m_type(type),
+      m_isPlain(mode == Equals && type == String && !isSymbolic(text))
 {
     if (mode != Equals) {
         m_pattern = std::make_shared<PropertyPattern>();
     }
 }
 
-bool PropertyValue::matches(const QString &candidate) const
+bool PropertyValue::matchesSpecially(const QString &candidate) const
 {
     if (m_mode != Equals) {
         return m_pattern && m_pattern->isIn(candidate, m_text, m_mode);

@@ -48,7 +48,10 @@ public:
      * broken one never matches. Names of objects are resolved through the
      * current ObjectMap and compared as names.
      */
-    bool matches(const QString &candidate) const;
+    bool matches(const QString &candidate) const
+    {
+        return m_isPlain ? candidate == m_text : matchesSpecially(candidate);
+    }
 
     /** Compares texts and modes; the type is not looked at. */
     bool operator==(const PropertyValue &other) const;
@@ -62,11 +65,14 @@ public:
     static QString wildcardToRegExp(const QString &wildcard);
 
 private:
+    bool matchesSpecially(const QString &candidate) const;
     bool matchesSymbol(const QString &candidate) const;
 
     QString m_text;
     Modifiers m_mode = Equals;
     Type m_type = String;
+    /** A text that only equals itself, which is by far the usual condition. */
+    bool m_isPlain = true;
     std::shared_ptr<PropertyPattern> m_pattern;
 };
 

@@ -89,13 +89,13 @@ ObjectMatcher::ObjectMatcher(const ObjectName &name)
     const auto properties = name.properties();
     for (auto it = properties.begin(); it != properties.end(); ++it) {
         if (it.key() != QLatin1String("occurrence")) {
-            m_conditions.push_back({it.key(), it.value()});
+            m_conditions.push_back({it.key(), it.key().toUtf8(), it.value()});
         }
     }
     if (SearchScope *scope = SearchScope::current()) {
         scope->usedMatcher = true;
         if (scope->explaining) {
-            m_notes = new Notes {scope, name.qualifiedName(), {}, false};
+            m_notes = new Notes{scope, name.qualifiedName(), {}, false};
         }
     }
 }
@@ -134,36 +134,26 @@ bool ObjectMatcher::offer(const SharedPtr<Object> &candidate)
     if (!candidate) {
         return false;
     }
-    const auto holdsByReflection
-        = [&candidate](const QString &name, const PropertyValue &wanted, QString *actual) {
-              const Property *property = candidate->type()->property(name);
-              const SharedPtr<Object> value
-                  = property && property->isReadable() ? property->get(candidate) : nullptr;
-              if (!value) {
-                  return false;
-              }
-              const bool isPrimitive = static_cast<unsigned>(value->type()->id()) < PrimitiveId::Void;
-              return holds(wanted, wanted.isObject() && !isPrimitive ? value->qualifiedName()
-                                                                     : value->toString(),
-                           actual);
-          };
+    const auto holdsByReflection = [&candidate](const Condition &condition, QString *actual) {
+        const Property *property = candidate->type()->property(condition.name);
+        const SharedPtr<Object> value =
+            property && property->isReadable() ? property->get(candidate) : nullptr;
+        if (!value) {
+            return false;
+        }
+        const bool isPrimitive = static_cast<unsigned>(value->type()->id()) < PrimitiveId::Void;
+        const bool isName = condition.wanted.isObject() && !isPrimitive;
+        return condition.holds(isName ? value->qualifiedName() : value->toString(), actual);
+    };
     return offer(holdsByReflection, [&candidate] { return candidate; });
-}
-
-bool ObjectMatcher::holds(const PropertyValue &wanted, const QString &value, QString *actual)
-{
-    if (actual) {
-        *actual = value.isNull() ? QStringLiteral("") : value;
-    }
-    return wanted.matches(value);
 }
 
 NearMiss ObjectMatcher::unchecked() const
 {
     NearMiss result;
     for (const Condition &condition : m_conditions) {
-        result.conditions.push_back({condition.name, operatorText(condition.value.matchingMode()),
-                                     condition.value.stringValue(), QString(), false});
+        result.conditions.push_back({condition.name, operatorText(condition.wanted.matchingMode()),
+                                     condition.wanted.stringValue(), QString(), false});
     }
     return result;
 }
@@ -185,9 +175,8 @@ void ObjectMatcher::keep(NearMiss candidate)
 {
     auto &best = m_notes->best;
     const int near = nearness(candidate);
-    const auto place = std::find_if(best.begin(), best.end(), [near](const NearMiss &kept) {
-        return nearness(kept) < near;
-    });
+    const auto place = std::find_if(best.begin(), best.end(),
+                                    [near](const NearMiss &kept) { return nearness(kept) < near; });
     best.insert(place, std::move(candidate));
     best.resize(std::min(best.size(), maximumNearMisses));
 }

@@ -5,6 +5,7 @@
 #include "objectmodel/object.h"
 #include "objectmodel/objectname.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <vector>
@@ -38,8 +39,8 @@ struct NearMiss
  *
  *     ObjectMatcher matcher(name);
  *     for (Widget *widget : widgets) {
- *         const auto holds = [&](const QString &property, const PropertyValue &wanted, QString *actual) {
- *             return ObjectMatcher::holds(wanted, widget->read(property), actual);
+ *         const auto holds = [&](const ObjectMatcher::Condition &condition, QString *actual) {
+ *             return condition.holds(widget->read(condition.name), actual);
  *         };
  *         if (matcher.offer(holds, [&] { return wrapped(widget); })) {
  *             return wrapped(widget);
@@ -53,6 +54,23 @@ struct NearMiss
 class VANTREL_EXPORT ObjectMatcher
 {
 public:
+    struct Condition
+    {
+        /** Matches @p value and stores it in @p actual unless that is null. */
+        bool holds(const QString &value, QString *actual) const
+        {
+            if (actual) {
+                *actual = value.isNull() ? QLatin1String("") : value;
+            }
+            return wanted.matches(value);
+        }
+
+        QString name;
+        /** The name in UTF-8, for toolkits that look properties up by it. */
+        QByteArray encodedName;
+        PropertyValue wanted;
+    };
+
     /** A name that is invalid, or whose occurrence is no number above 0, accepts nothing. */
     explicit ObjectMatcher(const ObjectName &name);
     /** Reports what was noted. */
@@ -61,10 +79,10 @@ public:
     /**
      * Whether the candidate is the one that is looked for.
      *
-     * @p holds is called as `bool holds(const QString &property, const
-     * PropertyValue &wanted, QString *actual)` and stores the property's text in
-     * @p actual unless that is null. @p handle is called without arguments and
-     * gives the object, which is only made when the candidate is remembered.
+     * @p holds is called as `bool holds(const Condition &condition, QString
+     * *actual)` and stores the property's text in @p actual unless that is null.
+     * @p handle is called without arguments and gives the object, which is only
+     * made when the candidate is remembered.
      */
     template <class Holds, class Handle>
     bool offer(Holds holds, Handle handle)
@@ -77,16 +95,8 @@ public:
      */
     bool offer(const SharedPtr<Object> &candidate);
 
-    /** Matches @p value and stores it in @p actual unless that is null. */
-    static bool holds(const PropertyValue &wanted, const QString &value, QString *actual);
-
 private:
     Q_DISABLE_COPY(ObjectMatcher)
-    struct Condition
-    {
-        QString name;
-        PropertyValue value;
-    };
     struct Notes;
 
     template <class Holds>
@@ -96,7 +106,7 @@ private:
             return false;
         }
         for (const Condition &condition : m_conditions) {
-            if (!holds(condition.name, condition.value, nullptr)) {
+            if (!holds(condition, nullptr)) {
                 return false;
             }
         }
@@ -108,7 +118,7 @@ private:
         NearMiss result = unchecked();
         for (std::size_t i = 0; i < m_conditions.size(); ++i) {
             NearMiss::Condition &checked = result.conditions[i];
-            checked.held = holds(m_conditions[i].name, m_conditions[i].value, &checked.actual);
+            checked.held = holds(m_conditions[i], &checked.actual);
             result.numHeld += checked.held;
         }
         return result;
