@@ -1,11 +1,8 @@
 #include "objectmodel/containers.h"
 
-#include "objectmodel/class.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/namespace.h"
 #include "objectmodel/reflection_p.h"
-
-#include <memory>
 
 namespace Vantrel {
 
@@ -28,21 +25,6 @@ Argument containerArgument(const std::string &name, const Class *type)
     return Argument(QString::fromStdString(name), type);
 }
 
-template <class Container>
-SharedPtr<Object> wrapContainer(const Container &items, const Class *type)
-{
-    if (!type) {
-        return {};
-    }
-    auto copy = std::make_unique<Container>(items);
-    SharedPtr<Object> object = type->wrap(copy.get(), ObjectAttribute::Pointer());
-    if (object) {
-        copy.release();
-        object->setAutoDelete(true);
-    }
-    return object;
-}
-
 /** Told by the name of the class: the registered one may have changed since the object was made. */
 bool isContainer(const SharedPtr<Object> &object, QLatin1String name)
 {
@@ -57,11 +39,7 @@ bool isContainer(const SharedPtr<Object> &object, QLatin1String name)
 template <class Container>
 Container unwrapContainer(const SharedPtr<Object> &object, QLatin1String name)
 {
-    void *data = nullptr;
-    if (isContainer(object, name)) {
-        object->get(&data);
-    }
-    return data ? *static_cast<const Container *>(data) : Container();
+    return isContainer(object, name) ? unwrapCopy<Container>(object) : Container();
 }
 
 /** @p arguments turns an item of @p items into the arguments of the call that adds it. */
@@ -97,7 +75,7 @@ Argument ArrayClass::arrayClassArg(const std::string &name)
 
 SharedPtr<Object> ArrayClass::wrapObject(const Array &items)
 {
-    return wrapContainer(items, registeredClass());
+    return wrapCopy(registeredClass(), items, ObjectAttribute::Pointer());
 }
 
 Array ArrayClass::unwrapObject(SharedPtr<Object> array)
@@ -147,7 +125,7 @@ Argument MapClass::mapClassArg(const std::string &name)
 
 SharedPtr<Object> MapClass::wrapObject(const Map &map)
 {
-    return wrapContainer(map, registeredClass());
+    return wrapCopy(registeredClass(), map, ObjectAttribute::Pointer());
 }
 
 Map MapClass::unwrapObject(SharedPtr<Object> map)

@@ -8,6 +8,7 @@
 #include "objectmodel/primitiveids.h"
 #include "objectmodel/primitives.h"
 #include "objectmodel/primitives_p.h"
+#include "objectmodel/valueclasses.h"
 
 #include <algorithm>
 
@@ -88,6 +89,9 @@ Inspector::Inspector() : d(new InspectorPrivate)
     d->voidObject = type(PrimitiveId::Void)->wrap(nullptr, ObjectAttribute());
     new GlobalClass;
     new Namespace(globalNamespace(), QStringLiteral("UiTypes"));
+    new DateTime_class;
+    new ScreenPointClass;
+    new ScreenRectangle_class;
 }
 
 Inspector::~Inspector()

@@ -1,17 +1,31 @@
 #include "objectmodel/reflection_p.h"
 
-#include "objectmodel/class.h"
 #include "objectmodel/diagnostics_p.h"
 #include "objectmodel/inspector.h"
+#include "objectmodel/namespace.h"
 
 namespace Vantrel {
 
-SharedPtr<Object> constructWith(const Class *c, int index, const ObjectList &arguments)
+const Class *uiTypesClass(const QString &name)
+{
+    const Namespace *uiTypes = Inspector::self()->nameSpace(QStringLiteral("UiTypes"));
+    return uiTypes ? uiTypes->getClass(name) : nullptr;
+}
+
+bool verifyClassAvailable(const Class *c)
 {
     if (!c) {
         Inspector::self()->setError(QStringLiteral("Class not available"));
+    }
+    return c != nullptr;
+}
+
+SharedPtr<Object> constructWith(const Class *c, int index, const ObjectList &arguments)
+{
+    if (!verifyClassAvailable(c)) {
         return {};
     }
+    // Remote classes learn of their members together with their super class.
     c->super();
     const Constructor *constructor = c->constructor(index);
     if (!constructor) {
