@@ -325,7 +325,8 @@ QString Object::toString()
         return delegate->toString(self());
     }
     const SharedPtr<Object> converted = convertedToPrimitive(PrimitiveId::Char);
-    return converted ? converted->toString() : QString();
+    // Not a null text, which would be another one in a stream.
+    return converted ? converted->toString() : QString(QLatin1String(""));
 }
 
 int Object::toInteger() const

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <typeinfo>
 
 namespace Vantrel {
 
@@ -29,14 +30,12 @@ constexpr int flushSize = 1 << 16;
 /** The flags of a property that travel. */
 constexpr int propertyFlags = Property::Readable | Property::Writable | Property::Static;
 
-QString emptyText()
-{
-    return QLatin1String("");
-}
+/** What stands for the name of something that is missing; not null. */
+const QString emptyText = QLatin1String("");
 
-QString nameOf(const Class *c)
+const QString &nameOf(const Class *c)
 {
-    return c ? c->className() : emptyText();
+    return c ? ClassPrivate::get(c)->nameText : emptyText;
 }
 
 /** -1 for a class that is in no namespace. */
@@ -46,41 +45,56 @@ qint32 nameSpaceIdOf(const Class *c)
     return nameSpace ? nameSpace->id() : -1;
 }
 
-Namespace *nameSpaceById(qint32 id)
+/** How deep a recursion is, and how many steps it has made since it was entered. */
+struct Recursion
 {
-    Inspector *inspector = Inspector::self();
-    return id >= 0 && id < inspector->numNamespaces() ? inspector->nameSpace(id) : nullptr;
-}
+    int depth = 0;
+    int steps = 0;
+};
 
-/** Counts one more level, or one more item, for as long as it lives. */
+/** The streaming of objects that this thread is busy with. */
+struct Progress
+{
+    const QDataStream *stream = nullptr;
+    Recursion payload;
+    Recursion children;
+};
+
+thread_local Progress progress;
+
+/**
+ * One level of a recursion through virtual operations, which have no room for
+ * it in their arguments. Another stream, used by some getter on the way, has
+ * counts of its own.
+ */
 class Level
 {
 public:
-    explicit Level(int &depth) : m_depth(depth) { ++m_depth; }
-    ~Level() { --m_depth; }
+    Level(const QDataStream &stream, Recursion Progress::*recursion)
+        : m_outer(progress), m_recursion(recursion)
+    {
+        if (progress.stream != &stream) {
+            progress = Progress();
+            progress.stream = &stream;
+        }
+        ++(progress.*m_recursion).depth;
+    }
+
+    ~Level()
+    {
+        if (--(progress.*m_recursion).depth == 0) {
+            (progress.*m_recursion).steps = 0;
+        }
+        if (m_outer.stream != progress.stream) {
+            progress = m_outer;
+        }
+    }
 
 private:
     Q_DISABLE_COPY(Level)
-    int &m_depth;
+    const Progress m_outer;
+    Recursion Progress::*const m_recursion;
 };
-
-/**
- * Where the streaming of objects stands in this thread. The operations that
- * recurse are virtual and have no room for it in their arguments.
- */
-struct Progress
-{
-    int payloadDepth = 0;
-    int payloadValues = 0;
-    int childDepth = 0;
-    int childRecords = 0;
-};
-
-Progress &progress()
-{
-    static thread_local Progress current;
-    return current;
-}
 
 /**
  * Whether the value of a property goes by its own payload. Writer and reader
@@ -88,16 +102,18 @@ Progress &progress()
  */
 bool entersPayload(const Object *owner, const Object *value)
 {
-    Progress &p = progress();
-    if (p.payloadDepth == 0) {
-        p.payloadValues = 0;
-    }
-    return value->type() != owner->type() && p.payloadDepth < maxPayloadDepth
-        && ++p.payloadValues <= maxPayloadValues;
+    Recursion &payload = progress.payload;
+    return value->type() != owner->type() && payload.depth <= maxPayloadDepth
+        && ++payload.steps <= maxPayloadValues;
 }
 
-/** Calls @p visit with the value of each property that is part of a payload; tells if there was
- * any. */
+bool entersChildren()
+{
+    const Recursion &children = progress.children;
+    return children.depth <= maxChildDepth && children.steps < maxChildRecords;
+}
+
+/** Calls @p visit with the value of each property in a payload; tells whether there was one. */
 template <class Visit>
 bool forEachStreamedValue(const SharedPtr<Object> &object, QDataStream &stream, Visit visit)
 {
@@ -118,18 +134,13 @@ bool forEachStreamedValue(const SharedPtr<Object> &object, QDataStream &stream, 
 
 int numStreamedChildren(const Object *object)
 {
-    Progress &p = progress();
-    if (p.childDepth == 0) {
-        p.childRecords = 0;
-    }
-    const bool exhausted = p.childDepth >= maxChildDepth || p.childRecords >= maxChildRecords;
-    return exhausted ? 0 : object->numChildren();
+    return entersChildren() ? object->numChildren() : 0;
 }
 
 /** A child that is gone by now still has its place in the stream. */
 SharedPtr<Object> streamedChild(Object *object, int index)
 {
-    ++progress().childRecords;
+    ++progress.children.steps;
     SharedPtr<Object> child = object->child(index);
     return child ? child : Object::zombie();
 }
@@ -143,18 +154,235 @@ void readText(QDataStream &stream, Object *object)
     }
 }
 
-template <class Record, class Member>
-void appendRecords(std::vector<Record> &records, const QVector<const Member *> &members, int count,
-                   const Member &missing)
+// What descriptors hold, under the names of the fields of their records.
+
+struct AttributeView
 {
-    records.reserve(std::max(count, 0));
-    for (int i = 0; i < count; ++i) {
-        const Member *member = members.value(i);
-        records.emplace_back(member ? *member : missing);
+    const qint32 flags;
+    const qint32 arrayLength;
+
+    explicit AttributeView(const ObjectAttribute &a)
+        : flags(a.getFlags()), arrayLength(a.arrayLength())
+    {}
+};
+
+struct ArgumentView
+{
+    const QString &name;
+    const QString &className;
+    const qint32 nameSpaceId;
+    const AttributeView attribute;
+    const QString &enumClassName;
+    const QString &enumName;
+
+    explicit ArgumentView(const Argument &a)
+        : name(a.name()), className(nameOf(a.type())),
+          nameSpaceId(a.type() ? nameSpaceIdOf(a.type()) : 0), attribute(a.attribute()),
+          enumClassName(a.enumType() ? nameOf(a.enumType()->enumClass()) : emptyText),
+          enumName(a.enumType() ? a.enumType()->name() : emptyText)
+    {}
+};
+
+struct SignatureView
+{
+    const qint32 numArguments;
+    const FList<Argument> &arguments;
+
+    explicit SignatureView(const Signature &s)
+        : numArguments(s.numArguments()), arguments(s.arguments())
+    {}
+};
+
+struct MethodView
+{
+    const QString &name;
+    const QString &className;
+    const SignatureView signature;
+    const qint32 id;
+    const qint32 isStatic;
+    const ArgumentView returnType;
+    const QString &deprecationMessage;
+
+    explicit MethodView(const Method &m)
+        : name(m.name()), className(nameOf(m.methodClass())), signature(m.signature()), id(m.id()),
+          isStatic(m.isStatic()), returnType(m.returnType()),
+          deprecationMessage(m.deprecationMessage())
+    {}
+};
+
+struct ConstructorView
+{
+    const QString &className;
+    const qint32 id;
+    const SignatureView signature;
+
+    explicit ConstructorView(const Constructor &c)
+        : className(nameOf(c.type())), id(c.id()), signature(c.signature())
+    {}
+};
+
+struct EventView
+{
+    const QString &name;
+    const QString &className;
+    const qint32 id;
+    const qint32 isSendable;
+    const SignatureView signature;
+
+    explicit EventView(const Event &e)
+        : name(e.name()), className(nameOf(e.eventClass())), id(e.id()), isSendable(e.isSendable()),
+          signature(e.signature())
+    {}
+};
+
+const Class *declaringClass(const Property &property)
+{
+    const PropertyDeclaration *declaration = property.propertyDeclaration();
+    return declaration ? declaration->propertyClass() : property.propertyClass();
+}
+
+struct PropertyView
+{
+    const QString &name;
+    const ArgumentView type;
+    const QString &className;
+    const qint32 nameSpaceId;
+    const qint32 id;
+    const qint32 flags;
+
+    explicit PropertyView(const Property &p, const Class *owner)
+        : name(p.name()), type(p.argument()), className(nameOf(owner)),
+          nameSpaceId(owner ? nameSpaceIdOf(owner) : 0), id(p.id()),
+          flags(p.flags() & propertyFlags)
+    {}
+};
+
+/** @p view has fields with the names of those of @p Record. */
+template <class Record, class View>
+void writeAs(RecordWriter &writer, const View &view)
+{
+    Record::transfer(writer, view);
+}
+
+/** Exactly @p count members; one that the factory did not make keeps its place as @p missing. */
+template <class Member>
+QVector<const Member *> members(const QVector<const Member *> &table, int count,
+                                const Member *missing)
+{
+    QVector<const Member *> result(std::max(count, 0), missing);
+    for (int i = 0; i < std::min(result.size(), table.size()); ++i) {
+        result[i] = table[i] ? table[i] : missing;
     }
+    return result;
+}
+
+struct ClassView
+{
+    const Method missingMethod;
+    const Constructor missingConstructor;
+    const Property missingProperty;
+    const Event missingEvent;
+    const Enum missingEnum;
+
+    const qint32 id;
+    const QString &name;
+    const qint32 nameSpaceId;
+    const qint32 natures;
+    const QString &superName;
+    const qint32 superNameSpaceId;
+    const qint32 numConstructors;
+    const qint32 numMethods;
+    const qint32 numProperties;
+    const qint32 numEvents;
+    const qint32 numEnums;
+    const QVector<const Enum *> enums;
+    const QVector<const Method *> methods;
+    const QVector<const Property *> properties;
+    const QVector<const Constructor *> constructors;
+    const QVector<const Event *> events;
+    const qint32 numInterfaces;
+    std::vector<InterfaceRecord> interfaces;
+
+    /** The tables of @p c must be there. */
+    ClassView(const Class *c, const ClassPrivate &d)
+        : missingMethod(c), missingConstructor(c), missingProperty(c), missingEvent(c),
+          missingEnum(c), id(d.id), name(d.nameText), nameSpaceId(nameSpaceIdOf(c)),
+          natures(qint32(d.natures)), superName(nameOf(c->super())),
+          superNameSpaceId(c->super() ? nameSpaceIdOf(c->super()) : 0),
+          numConstructors(d.numOwnConstructors), numMethods(d.numOwnMethods),
+          // A class that declared no properties does not list those of its delegate either.
+          numProperties(d.numOwnProperties < 0 ? d.numOwnProperties
+                                               : d.numOwnProperties + d.numDelegateProperties),
+          numEvents(std::max(d.numOwnEvents, 0)), numEnums(d.numOwnEnums),
+          enums(members(d.enums, numEnums, &missingEnum)),
+          methods(members(d.methods, numMethods, &missingMethod)),
+          properties(members(d.properties, numProperties, &missingProperty)),
+          constructors(members(d.constructors, numConstructors, &missingConstructor)),
+          events(members(d.events, numEvents, &missingEvent)), numInterfaces(d.interfaces.size())
+    {
+        for (auto it = d.interfaces.cbegin(); it != d.interfaces.cend(); ++it) {
+            interfaces.push_back({it.key(), nameOf(it.value())});
+        }
+    }
+};
+
+/** A table as an enum owns it. */
+const Enum::Item *newItems(const std::vector<EnumItemRecord> &records)
+{
+    auto *items = new Enum::Item[records.size() + 1];
+    Enum::Item *next = items;
+    for (const EnumItemRecord &record : records) {
+        *next++ = {qstrdup(record.key.toUtf8().constData()), record.value};
+    }
+    *next = {nullptr, 0};
+    return items;
+}
+
+EnumRecord recordOf(const Enum &e)
+{
+    EnumRecord record;
+    record.name = e.name();
+    record.id = e.id();
+    record.className = nameOf(e.enumClass());
+    record.numItems = e.count();
+    record.isMask = e.isMask();
+    for (int i = 0; i < e.count(); ++i) {
+        record.items.push_back({e.key(i), e.value(i)});
+    }
+    return record;
 }
 
 } // namespace
+
+void write(RecordWriter &writer, const Argument &argument)
+{
+    writeAs<ArgumentRecord>(writer, ArgumentView(argument));
+}
+
+void write(RecordWriter &writer, const Enum *enumerator)
+{
+    writeAs<EnumRecord>(writer, recordOf(*enumerator));
+}
+
+void write(RecordWriter &writer, const Method *method)
+{
+    writeAs<MethodRecord>(writer, MethodView(*method));
+}
+
+void write(RecordWriter &writer, const Property *property)
+{
+    writeAs<PropertyRecord>(writer, PropertyView(*property, declaringClass(*property)));
+}
+
+void write(RecordWriter &writer, const Constructor *constructor)
+{
+    writeAs<ConstructorRecord>(writer, ConstructorView(*constructor));
+}
+
+void write(RecordWriter &writer, const Event *event)
+{
+    writeAs<EventRecord>(writer, EventView(*event));
+}
 
 RecordWriter::RecordWriter(QDataStream &stream)
     : m_stream(stream), m_bigEndian(stream.byteOrder() == QDataStream::BigEndian),
@@ -223,14 +451,18 @@ void RecordWriter::foreignField(const QString &text)
 }
 
 RecordReader::RecordReader(QDataStream &stream)
-    : m_stream(stream), m_bigEndian(stream.byteOrder() == QDataStream::BigEndian)
+    : m_stream(stream), m_bigEndian(stream.byteOrder() == QDataStream::BigEndian),
+      m_ok(stream.status() == QDataStream::Ok)
 {
-    const auto *buffer = qobject_cast<QBuffer *>(stream.device());
+    // A derived class may give other bytes than it holds.
+    const QIODevice *device = stream.device();
+    const auto *buffer = device && typeid(*device) == typeid(QBuffer)
+        ? static_cast<const QBuffer *>(device)
+        : nullptr;
     if (buffer && buffer->isReadable() && stream.version() > QDataStream::Qt_2_1
         && buffer->pos() <= buffer->data().size()) {
-        m_begin = buffer->data().constData();
-        m_end = m_begin + buffer->data().size();
-        m_begin += buffer->pos();
+        m_begin = buffer->data().constData() + buffer->pos();
+        m_end = buffer->data().constData() + buffer->data().size();
         m_position = m_begin;
     }
 }
@@ -242,11 +474,28 @@ RecordReader::~RecordReader()
     }
 }
 
+void RecordReader::fail(QDataStream::Status status)
+{
+    m_stream.setStatus(status);
+    m_ok = false;
+}
+
+void RecordReader::require(bool condition)
+{
+    if (!condition) {
+        fail(QDataStream::ReadCorruptData);
+    }
+}
+
+/** The next bytes of the input in memory, or null when they are not there. */
 const char *RecordReader::take(quint32 size)
 {
-    if (!ok() || quint64(m_end - m_position) < size) {
-        m_position = ok() ? m_end : m_position;
-        m_stream.setStatus(QDataStream::ReadPastEnd);
+    if (!m_ok) {
+        return nullptr;
+    }
+    if (quint64(m_end - m_position) < size) {
+        m_position = m_end;
+        fail(QDataStream::ReadPastEnd);
         return nullptr;
     }
     const char *place = m_position;
@@ -256,50 +505,70 @@ const char *RecordReader::take(quint32 size)
 
 void RecordReader::field(qint32 &value)
 {
+    value = 0;
     if (!m_begin) {
-        m_stream >> value;
-        return;
-    }
-    const char *place = take(sizeof value);
-    if (!place) {
-        value = 0;
-    } else {
+        if (m_ok) {
+            m_stream >> value;
+            m_ok = m_stream.status() == QDataStream::Ok;
+        }
+    } else if (const char *place = take(sizeof value)) {
         value = m_bigEndian ? qFromBigEndian<qint32>(place) : qFromLittleEndian<qint32>(place);
     }
 }
 
 void RecordReader::field(QString &text)
 {
+    text = QString();
     if (!m_begin) {
-        m_stream >> text;
+        if (m_ok) {
+            m_stream >> text;
+            m_ok = m_stream.status() == QDataStream::Ok;
+        }
         return;
     }
     qint32 length = 0;
     field(length);
-    if (!ok() || quint32(length) == nullLength) {
-        text = QString();
+    if (!m_ok || quint32(length) == nullLength) {
         return;
     }
     require(!(length & 1));
-    const char *place = take(quint32(length));
-    if (!place) {
-        text = QString();
-        return;
-    }
-    const int size = int(quint32(length) / sizeof(QChar));
-    text = size ? QString(size, Qt::Uninitialized) : emptyText();
-    if (m_bigEndian) {
-        qFromBigEndian<quint16>(place, size, text.data());
-    } else {
-        qFromLittleEndian<quint16>(place, size, text.data());
+    if (const char *place = take(quint32(length))) {
+        decode(place, quint32(length), text);
     }
 }
 
-void RecordReader::require(bool condition)
+/** The names of classes come again and again, so it pays to look before making a new text. */
+void RecordReader::decode(const char *place, quint32 size, QString &text)
 {
-    if (!condition) {
-        m_stream.setStatus(QDataStream::ReadCorruptData);
+    KnownText &known = knownText(place, size);
+    if (known.place && quint32(known.text.size()) * sizeof(QChar) == size
+        && std::memcmp(known.place, place, size) == 0) {
+        text = known.text;
+        return;
     }
+    const auto length = int(size / sizeof(QChar));
+    if (length == 0) {
+        text = emptyText;
+    } else if (m_bigEndian) {
+        text = QString(length, Qt::Uninitialized);
+        qFromBigEndian<quint16>(place, length, text.data());
+    } else {
+        text = QString(length, Qt::Uninitialized);
+        qFromLittleEndian<quint16>(place, length, text.data());
+    }
+    known = {place, text};
+}
+
+/** One place for each length and last character. */
+RecordReader::KnownText &RecordReader::knownText(const char *place, quint32 size)
+{
+    const quint32 last = size > 0 ? quint8(place[size - 1]) ^ quint8(place[size - 2]) : 0;
+    return m_knownTexts[(size * 5 + last) % numKnownTexts];
+}
+
+Namespace *nameSpaceById(qint32 id)
+{
+    return id >= 0 ? Inspector::self()->nameSpace(id) : nullptr;
 }
 
 const Class *classInNameSpace(const QString &name, qint32 nameSpaceId)
@@ -312,7 +581,9 @@ QStringList readStringList(QDataStream &stream)
 {
     QStringList list;
     quint32 count = 0;
-    stream >> count;
+    if (stream.status() == QDataStream::Ok) {
+        stream >> count;
+    }
     for (quint32 i = 0; i < count; ++i) {
         QString text;
         stream >> text;
@@ -323,18 +594,6 @@ QStringList readStringList(QDataStream &stream)
     }
     return list;
 }
-
-AttributeRecord::AttributeRecord(const ObjectAttribute &attribute)
-    : flags(attribute.getFlags()), arrayLength(attribute.arrayLength())
-{}
-
-ArgumentRecord::ArgumentRecord(const Argument &argument)
-    : name(argument.name()), className(nameOf(argument.type())),
-      nameSpaceId(argument.type() ? nameSpaceIdOf(argument.type()) : 0),
-      attribute(argument.attribute()),
-      enumClassName(argument.enumType() ? nameOf(argument.enumType()->enumClass()) : emptyText()),
-      enumName(argument.enumType() ? argument.enumType()->name() : emptyText())
-{}
 
 Argument ArgumentRecord::argument(const Class *context) const
 {
@@ -354,15 +613,6 @@ Argument ArgumentRecord::argument(const Class *context) const
     return result;
 }
 
-SignatureRecord::SignatureRecord(const Signature &signature)
-    : numArguments(signature.numArguments())
-{
-    arguments.reserve(std::size_t(numArguments));
-    for (const Argument &argument : signature.arguments()) {
-        arguments.emplace_back(argument);
-    }
-}
-
 Signature SignatureRecord::signature(const QString &name, const Class *context) const
 {
     Signature result(name);
@@ -372,85 +622,10 @@ Signature SignatureRecord::signature(const QString &name, const Class *context) 
     return result;
 }
 
-MethodRecord::MethodRecord(const Method &method)
-    : name(method.name()), className(nameOf(method.methodClass())), signature(method.signature()),
-      id(method.id()), isStatic(method.isStatic()), returnType(method.returnType()),
-      deprecationMessage(method.deprecationMessage())
-{}
-
-ConstructorRecord::ConstructorRecord(const Constructor &constructor)
-    : className(nameOf(constructor.type())), id(constructor.id()),
-      signature(constructor.signature())
-{}
-
-EventRecord::EventRecord(const Event &event)
-    : name(event.name()), className(nameOf(event.eventClass())), id(event.id()),
-      isSendable(event.isSendable()), signature(event.signature())
-{}
-
-PropertyRecord::PropertyRecord(const Property &property)
-    : name(property.name()), type(property.argument()), id(property.id()),
-      flags(property.flags() & propertyFlags)
-{
-    const PropertyDeclaration *declaration = property.propertyDeclaration();
-    const Class *owner = declaration ? declaration->propertyClass() : property.propertyClass();
-    className = nameOf(owner);
-    nameSpaceId = owner ? nameSpaceIdOf(owner) : 0;
-}
-
-EnumRecord::EnumRecord(const Enum &e)
-    : name(e.name()), id(e.id()), className(nameOf(e.enumClass())), numItems(e.count()),
-      isMask(e.isMask()), items(std::size_t(e.count()))
-{
-    for (int i = 0; i < numItems; ++i) {
-        items[std::size_t(i)].key = e.key(i);
-        items[std::size_t(i)].value = e.value(i);
-    }
-}
-
-const Enum::Item *EnumRecord::createItems() const
-{
-    auto *table = new Enum::Item[items.size() + 1];
-    for (std::size_t i = 0; i < items.size(); ++i) {
-        table[i] = {qstrdup(items[i].key.toUtf8().constData()), items[i].value};
-    }
-    table[items.size()] = {nullptr, 0};
-    return table;
-}
-
-ClassRecord::ClassRecord(const Class *c)
-    : id(c->id()), name(c->className()), nameSpaceId(nameSpaceIdOf(c)),
-      natures(qint32(c->natures())), superName(nameOf(c->super())),
-      superNameSpaceId(c->super() ? nameSpaceIdOf(c->super()) : 0)
-{
-    ClassPrivate *d = ClassPrivate::get(c);
-    d->buildEnums(c);
-    d->buildMethods(c);
-    d->buildProperties(c);
-    d->buildConstructors(c);
-    d->buildEvents(c);
-    d->countDelegateProperties();
-    numConstructors = d->numOwnConstructors;
-    numMethods = d->numOwnMethods;
-    // A class that declared no properties does not list those of its delegate either.
-    numProperties = d->numOwnProperties < 0 ? -1 : d->numOwnProperties + d->numDelegateProperties;
-    numEvents = std::max(d->numOwnEvents, 0);
-    numEnums = d->numOwnEnums;
-    // A member that the factory did not make keeps its place, so that the counts hold.
-    appendRecords(enums, d->enums, numEnums, Enum(c));
-    appendRecords(methods, d->methods, numMethods, Method(c));
-    appendRecords(properties, d->properties, numProperties, Property(c));
-    appendRecords(constructors, d->constructors, numConstructors, Constructor(c));
-    appendRecords(events, d->events, numEvents, Event(c));
-    for (auto it = d->interfaces.cbegin(); it != d->interfaces.cend(); ++it) {
-        interfaces.push_back({it.key(), nameOf(it.value())});
-    }
-    numInterfaces = qint32(interfaces.size());
-}
-
 void ObjectAttribute::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, AttributeRecord(*this));
+    RecordWriter writer(stream);
+    writeAs<AttributeRecord>(writer, AttributeView(*this));
 }
 
 void ObjectAttribute::readObject(QDataStream &stream)
@@ -460,7 +635,7 @@ void ObjectAttribute::readObject(QDataStream &stream)
 
 void Argument::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, ArgumentRecord(*this));
+    writeRecord(stream, *this);
 }
 
 void Argument::readObject(QDataStream &stream)
@@ -470,13 +645,14 @@ void Argument::readObject(QDataStream &stream)
 
 void Signature::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, SignatureRecord(*this));
+    RecordWriter writer(stream);
+    writeAs<SignatureRecord>(writer, SignatureView(*this));
 }
 
 void Signature::readObject(QDataStream &stream)
 {
     const auto record = readRecord<SignatureRecord>(stream);
-    if (int(record.arguments.size()) > std::numeric_limits<int>::max() - numArguments()) {
+    if (record.numArguments > std::numeric_limits<int>::max() - numArguments()) {
         stream.setStatus(QDataStream::ReadCorruptData);
         Inspector::self()->setError(QStringLiteral("list<T> too long"));
         return;
@@ -486,7 +662,7 @@ void Signature::readObject(QDataStream &stream)
 
 void Method::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, MethodRecord(*this));
+    writeRecord(stream, this);
 }
 
 void Method::readObject(QDataStream &stream)
@@ -501,7 +677,7 @@ void Method::readObject(QDataStream &stream)
 
 void Constructor::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, ConstructorRecord(*this));
+    writeRecord(stream, this);
 }
 
 void Constructor::readObject(QDataStream &stream)
@@ -513,7 +689,7 @@ void Constructor::readObject(QDataStream &stream)
 
 void Event::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, EventRecord(*this));
+    writeRecord(stream, this);
 }
 
 void Event::readObject(QDataStream &stream)
@@ -526,7 +702,7 @@ void Event::readObject(QDataStream &stream)
 
 void Property::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, PropertyRecord(*this));
+    writeRecord(stream, this);
 }
 
 void Property::readObject(QDataStream &stream)
@@ -542,7 +718,7 @@ void Property::readObject(QDataStream &stream)
 
 void Enum::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, EnumRecord(*this));
+    writeRecord(stream, this);
 }
 
 void Enum::readObject(QDataStream &stream)
@@ -551,7 +727,7 @@ void Enum::readObject(QDataStream &stream)
     freeItems();
     m_name = record.name;
     m_id = record.id;
-    m_items = record.createItems();
+    m_items = newItems(record.items);
     m_count = int(record.items.size());
     m_ownsItems = true;
     m_isMask = record.isMask != 0;
@@ -586,7 +762,15 @@ void Namespace::readObject(QDataStream &stream)
 
 void Class::writeObject(QDataStream &stream) const
 {
-    writeRecord(stream, ClassRecord(this));
+    ClassPrivate *c = ClassPrivate::get(this);
+    c->buildEnums(this);
+    c->buildMethods(this);
+    c->buildProperties(this);
+    c->buildConstructors(this);
+    c->buildEvents(this);
+    c->countDelegateProperties();
+    RecordWriter writer(stream);
+    writeAs<ClassRecord>(writer, ClassView(this, *c));
 }
 
 void Class::readObject(QDataStream &) {}
@@ -597,18 +781,19 @@ void Class::readObject(QDataStream &) {}
  */
 void Object::writeObject(QDataStream &stream) const
 {
+    const Level level(stream, &Progress::children);
     stream << className() << qint32(numStreamedChildren(this));
     streamObject(stream);
     Object *object = const_cast<Object *>(this);
+    // Streaming may run code of the application, so there may be fewer children after each.
     for (int i = 0; i < numStreamedChildren(this) && stream.status() == QDataStream::Ok; ++i) {
-        const SharedPtr<Object> child = streamedChild(object, i);
-        const Level level(progress().childDepth);
-        child->writeObject(stream);
+        streamedChild(object, i)->writeObject(stream);
     }
 }
 
 void Object::readObject(QDataStream &stream)
 {
+    const Level level(stream, &Progress::children);
     QString name;
     stream >> name;
     if (name != className()) {
@@ -625,11 +810,11 @@ void Object::readObject(QDataStream &stream)
                         expected, count);
         return;
     }
-    objectFromStream(stream);
-    for (int i = 0; i < count && stream.status() == QDataStream::Ok; ++i) {
-        const SharedPtr<Object> child = streamedChild(this, i);
-        const Level level(progress().childDepth);
-        child->readObject(stream);
+    if (stream.status() == QDataStream::Ok) {
+        objectFromStream(stream);
+    }
+    for (int i = 0; i < count && entersChildren() && stream.status() == QDataStream::Ok; ++i) {
+        streamedChild(this, i)->readObject(stream);
     }
 }
 
@@ -641,6 +826,7 @@ void Object::readObject(QDataStream &stream)
  */
 void Object::streamObject(QDataStream &stream) const
 {
+    const Level level(stream, &Progress::payload);
     const SharedPtr<Object> object = self();
     if (const SerializeDelegate *delegate = setupSerializeDelegate()) {
         delegate->streamObject(object, stream);
@@ -648,7 +834,6 @@ void Object::streamObject(QDataStream &stream) const
     }
     const bool any = forEachStreamedValue(object, stream, [&](Object &value) {
         if (entersPayload(this, &value)) {
-            const Level level(progress().payloadDepth);
             value.streamObject(stream);
         } else {
             stream << value.toString();
@@ -661,6 +846,7 @@ void Object::streamObject(QDataStream &stream) const
 
 void Object::objectFromStream(QDataStream &stream)
 {
+    const Level level(stream, &Progress::payload);
     const SharedPtr<Object> object = self();
     if (const SerializeDelegate *delegate = setupSerializeDelegate()) {
         delegate->objectFromStream(object, stream);
@@ -668,7 +854,6 @@ void Object::objectFromStream(QDataStream &stream)
     }
     const bool any = forEachStreamedValue(object, stream, [&](Object &value) {
         if (entersPayload(this, &value)) {
-            const Level level(progress().payloadDepth);
             value.objectFromStream(stream);
         } else {
             readText(stream, &value);

@@ -7,12 +7,15 @@
 #include <QDataStream>
 #include <QString>
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <vector>
 
 namespace Vantrel {
 
 class Class;
+class Namespace;
 
 /** Nesting of property values in a payload, beyond which toString() stands for the value. */
 constexpr int maxPayloadDepth = 64;
@@ -36,16 +39,15 @@ public:
 
     void field(qint32 value);
     void field(const QString &text);
-    template <class Record>
-    void items(const std::vector<Record> &records, qint32)
+    template <class List>
+    void items(const List &list, qint32)
     {
-        for (const Record &record : records) {
-            Record::transfer(*this, record);
+        for (const auto &item : list) {
+            write(*this, item);
         }
     }
     /** A writer is only given what is in range. */
     void require(bool) {}
-    bool ok() const { return true; }
 
 private:
     Q_DISABLE_COPY(RecordWriter)
@@ -63,8 +65,9 @@ private:
 
 /**
  * Reads fields of a stream. When the whole input is in memory, they are taken
- * from there, and the destructor moves the stream behind what was used.
- * Everything after a failure reads as 0 or empty, with the stream's status set.
+ * from there, texts that come again share their data, and the destructor moves
+ * the stream behind what was used. Everything after a failure reads as 0 or
+ * empty, with the stream's status set.
  */
 class RecordReader
 {
@@ -78,31 +81,62 @@ public:
     template <class Record>
     void items(std::vector<Record> &records, qint32 count)
     {
-        for (qint32 i = 0; i < count && ok(); ++i) {
+        records.reserve(std::size_t(std::clamp(count, 0, maxReserved)));
+        for (qint32 i = 0; i < count && m_ok; ++i) {
             Record record;
             Record::transfer(*this, record);
-            if (ok()) {
+            if (m_ok) {
                 records.push_back(std::move(record));
             }
         }
     }
     /** Gives up on corrupt data unless @p condition holds. */
     void require(bool condition);
-    bool ok() const { return m_stream.status() == QDataStream::Ok; }
 
 private:
+    /** Where in the input a text was, to compare with the next ones. */
+    struct KnownText
+    {
+        const char *place = nullptr;
+        QString text;
+    };
+    static constexpr quint32 numKnownTexts = 64;
+    /** A count may promise more than there is, so memory for more comes with the records. */
+    static constexpr int maxReserved = 256;
+
     Q_DISABLE_COPY(RecordReader)
     const char *take(quint32 size);
+    void decode(const char *place, quint32 size, QString &text);
+    KnownText &knownText(const char *place, quint32 size);
+    void fail(QDataStream::Status status);
 
     QDataStream &m_stream;
     const char *m_begin = nullptr;
     const char *m_position = nullptr;
     const char *m_end = nullptr;
     const bool m_bigEndian;
+    bool m_ok;
+    std::array<KnownText, numKnownTexts> m_knownTexts;
 };
 
+template <class Record>
+auto write(RecordWriter &writer, const Record &record) -> decltype(Record::transfer(writer, record))
+{
+    Record::transfer(writer, record);
+}
+
+// Descriptors are written as they are, because copying their texts into records
+// takes longer than writing them.
+void write(RecordWriter &writer, const Argument &argument);
+void write(RecordWriter &writer, const Enum *enumerator);
+void write(RecordWriter &writer, const Method *method);
+void write(RecordWriter &writer, const Property *property);
+void write(RecordWriter &writer, const Constructor *constructor);
+void write(RecordWriter &writer, const Event *event);
+
 // The records. Each lists its fields once, in the order of the stream, for
-// writing and reading alike. A qint32 is four bytes and a QString its length in
+// writing and reading alike; a writer may also be given something else with
+// fields of the same names. A qint32 is four bytes and a QString its length in
 // bytes as a quint32 with the UTF-16 units behind, both in the byte order of
 // the stream. The name of something that is missing is an empty text of length
 // 0, not a null one.
@@ -113,8 +147,6 @@ struct AttributeRecord
     qint32 flags = 0;
     qint32 arrayLength = 0;
 
-    AttributeRecord() = default;
-    explicit AttributeRecord(const ObjectAttribute &attribute);
     ObjectAttribute attribute() const { return ObjectAttribute(flags, arrayLength); }
 
     template <class Archive, class Self>
@@ -139,8 +171,6 @@ struct ArgumentRecord
     QString enumClassName;
     QString enumName;
 
-    ArgumentRecord() = default;
-    explicit ArgumentRecord(const Argument &argument);
     /**
      * Looks class and enum up. What is not known is null in the result.
      * @p context (may be null) is a class that knows itself by its name, even
@@ -166,8 +196,6 @@ struct SignatureRecord
     qint32 numArguments = 0;
     std::vector<ArgumentRecord> arguments;
 
-    SignatureRecord() = default;
-    explicit SignatureRecord(const Signature &signature);
     Signature signature(const QString &name, const Class *context = nullptr) const;
 
     template <class Archive, class Self>
@@ -193,9 +221,6 @@ struct MethodRecord
     ArgumentRecord returnType;
     QString deprecationMessage;
 
-    MethodRecord() = default;
-    explicit MethodRecord(const Method &method);
-
     template <class Archive, class Self>
     static void transfer(Archive &archive, Self &self)
     {
@@ -216,9 +241,6 @@ struct ConstructorRecord
     qint32 id = -1;
     SignatureRecord signature;
 
-    ConstructorRecord() = default;
-    explicit ConstructorRecord(const Constructor &constructor);
-
     template <class Archive, class Self>
     static void transfer(Archive &archive, Self &self)
     {
@@ -236,9 +258,6 @@ struct EventRecord
     qint32 id = -1;
     qint32 isSendable = 0;
     SignatureRecord signature;
-
-    EventRecord() = default;
-    explicit EventRecord(const Event &event);
 
     template <class Archive, class Self>
     static void transfer(Archive &archive, Self &self)
@@ -263,9 +282,6 @@ struct PropertyRecord
     qint32 nameSpaceId = 0;
     qint32 id = -1;
     qint32 flags = 0;
-
-    PropertyRecord() = default;
-    explicit PropertyRecord(const Property &property);
 
     template <class Archive, class Self>
     static void transfer(Archive &archive, Self &self)
@@ -305,11 +321,6 @@ struct EnumRecord
     qint32 numItems = 0;
     qint32 isMask = 0;
     std::vector<EnumItemRecord> items;
-
-    EnumRecord() = default;
-    explicit EnumRecord(const Enum &e);
-    /** A new table as Enum keeps it; the caller owns it and each key in it. */
-    const Enum::Item *createItems() const;
 
     template <class Archive, class Self>
     static void transfer(Archive &archive, Self &self)
@@ -368,9 +379,6 @@ struct ClassRecord
     qint32 numInterfaces = 0;
     std::vector<InterfaceRecord> interfaces;
 
-    ClassRecord() = default;
-    explicit ClassRecord(const Class *c);
-
     template <class Archive, class Self>
     static void transfer(Archive &archive, Self &self)
     {
@@ -414,11 +422,11 @@ struct NameSpaceRecord
     }
 };
 
-template <class Record>
-void writeRecord(QDataStream &stream, const Record &record)
+template <class Item>
+void writeRecord(QDataStream &stream, const Item &item)
 {
     RecordWriter writer(stream);
-    Record::transfer(writer, record);
+    write(writer, item);
 }
 
 /** A record whose end is missing has the fields that were there, and 0 or empty after them. */
@@ -430,6 +438,9 @@ Record readRecord(QDataStream &stream)
     Record::transfer(reader, record);
     return record;
 }
+
+/** The namespace that the Inspector knows by that id, or null; any number will do. */
+Namespace *nameSpaceById(qint32 id);
 
 /** The class of that name in the namespace that the Inspector knows by that id, or null. */
 const Class *classInNameSpace(const QString &name, qint32 nameSpaceId);
