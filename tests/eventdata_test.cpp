@@ -1,0 +1,198 @@
+#include "streambytes.h"
+
+#include "objectmodel/eventdata.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+using namespace Vantrel;
+using namespace VantrelTest;
+
+namespace {
+
+QString qs(const char *text)
+{
+    return QString::fromLatin1(text);
+}
+
+EventDataArg valueArg(const char *name)
+{
+    EventDataArg argument;
+    argument.name = qs(name);
+    argument.value = qs("5");
+    argument.classId = 1;
+    return argument;
+}
+
+EventDataArg referenceArg()
+{
+    EventDataArg argument;
+    argument.name = qs("target");
+    argument.attributeFlags = 2;
+    argument.kind = EventDataArg::ObjectReference;
+    argument.objectName = qs("{x}");
+    argument.className = qs("QButton");
+    argument.alternativeNames = QStringList{qs("a"), qs("b")};
+    return argument;
+}
+
+EventDataArg listArg()
+{
+    EventDataArg argument;
+    argument.name = qs("items");
+    argument.attributeFlags = 16;
+    argument.kind = EventDataArg::List;
+    argument.items = {valueArg(""), referenceArg()};
+    return argument;
+}
+
+EventData click(int kind)
+{
+    EventData event;
+    event.kind = kind;
+    event.objectName = qs("{button}");
+    event.className = qs("Button");
+    event.eventName = qs("clicked");
+    event.time = QTime(12, 34, 56, 789);
+    event.windowName = qs("{window}");
+    event.alternativeNames = QStringList{qs("other")};
+    event.arguments = {valueArg(""), listArg()};
+    event.processId = 1234;
+    event.applicationName = qs("shop");
+    return event;
+}
+
+const QByteArray fiveBytes = text("5") + number(1);
+const QByteArray referenceBytes = text("target") + number(2) + number(2) + text("{x}")
+    + text("QButton") + number(2) + text("a") + text("b");
+const QByteArray listBytes = text("items") + number(16) + number(1) + number(2) + text("")
+    + number(0) + number(0) + fiveBytes + referenceBytes;
+const QByteArray afterSource = text("clicked") + number(((12 * 60 + 34) * 60 + 56) * 1000 + 789)
+    + text("{window}") + number(1) + text("other") + number(2) + text("") + number(0) + number(0)
+    + fiveBytes + listBytes + number(1234) + text("shop");
+
+/** A list in a list in a list, the innermost empty. */
+QByteArray nestedLists(int depth)
+{
+    const QByteArray level = nullText() + number(0) + number(1);
+    return (level + number(1)).repeated(depth) + level + number(0);
+}
+
+} // namespace
+
+TEST(EventDataArg, WritesOnlyTheFieldsOfItsKind)
+{
+    EventDataArg other = referenceArg();
+    other.kind = 9;
+    const struct
+    {
+        const char *what;
+        EventDataArg argument;
+        QByteArray bytes;
+        const char *file;
+    } rows[] = {
+        {"a value", valueArg("count"), text("count") + number(0) + number(0) + fiveBytes,
+         "eventarg_value.bin"},
+        {"a list", listArg(), listBytes, "eventarg_list.bin"},
+        {"an object", referenceArg(), referenceBytes, "eventarg_reference.bin"},
+        {"an unknown kind", other, text("target") + number(2) + number(9), nullptr},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        EXPECT_EQ(row.bytes.toHex(), written(row.argument).toHex());
+        EventDataArg copy = valueArg("left over");
+        int unread = 0;
+        EXPECT_EQ(QDataStream::Ok, readFrom(row.bytes + number(1), copy, &unread));
+        EXPECT_EQ(4, unread);
+        EXPECT_EQ(row.bytes.toHex(), written(copy).toHex());
+        if (row.file) {
+            EXPECT_EQ(row.bytes.toHex(), keptRecord(row.file).toHex());
+        }
+    }
+}
+
+TEST(EventData, WritesTheSourceThatItsKindHas)
+{
+    const struct
+    {
+        int kind;
+        QByteArray source;
+    } rows[] = {{EventData::ObjectEvent, text("{button}")},
+                {EventData::ClassEvent, text("Button")},
+                {EventData::GlobalEvent, QByteArray()},
+                {EventData::TypeEvent, text("Button")},
+                {17, QByteArray()}};
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.kind);
+        const QByteArray bytes = number(row.kind) + row.source + afterSource;
+        EXPECT_EQ(bytes.toHex(), written(click(row.kind)).toHex());
+        EventData copy;
+        EXPECT_EQ(QDataStream::Ok, readFrom(bytes, copy));
+        EXPECT_EQ(bytes.toHex(), written(copy).toHex());
+    }
+    EXPECT_EQ(written(click(0)).toHex(), keptRecord("event_data.bin").toHex());
+}
+
+TEST(EventData, ReportsEveryTruncatedRecord)
+{
+    const QByteArray bytes = written(click(EventData::ObjectEvent));
+    for (int size = 0; size < bytes.size(); ++size) {
+        EventData copy = click(EventData::TypeEvent);
+        EXPECT_EQ(QDataStream::ReadPastEnd, readFrom(bytes.left(size), copy)) << size;
+        EXPECT_TRUE(copy.applicationName.isEmpty());
+    }
+}
+
+TEST(EventData, GivesUpOnCountsThatCannotBe)
+{
+    const qint32 most = std::numeric_limits<qint32>::max();
+    const QByteArray reference = text("t") + number(0) + number(2) + text("") + text("");
+    const QByteArray list = text("t") + number(0) + number(1);
+    const struct
+    {
+        const char *what;
+        QByteArray bytes;
+        QDataStream::Status status;
+    } rows[] = {
+        {"two thousand million names", reference + number(most) + text("a"),
+         QDataStream::ReadPastEnd},
+        {"a negative number of names", reference + number(-1) + text("a"),
+         QDataStream::ReadPastEnd},
+        {"two thousand million items", list + number(most) + referenceBytes,
+         QDataStream::ReadPastEnd},
+        {"a negative number of items", list + number(-1) + referenceBytes,
+         QDataStream::ReadCorruptData},
+        {"lists in a million lists", nestedLists(1000000), QDataStream::ReadCorruptData},
+        {"one list too deep", nestedLists(EventDataArg::maxDepth + 1),
+         QDataStream::ReadCorruptData},
+        {"lists just deep enough", nestedLists(EventDataArg::maxDepth), QDataStream::Ok},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        EventDataArg argument;
+        EXPECT_EQ(row.status, readFrom(row.bytes, argument));
+    }
+    EventData event;
+    int unread = 0;
+    EXPECT_EQ(QDataStream::ReadCorruptData,
+              readFrom(number(2) + text("e") + number(0) + text("w") + number(0) + number(-1)
+                           + number(9) + text("not read"),
+                       event, &unread));
+    EXPECT_EQ(24, unread) << "reading stops at the count";
+    EXPECT_EQ(0, event.processId);
+}
+
+TEST(EventDataArg, RefusesToWriteListsThatNobodyReads)
+{
+    EventDataArg argument = listArg();
+    for (int i = 0; i < EventDataArg::maxDepth; ++i) {
+        EventDataArg outer = listArg();
+        outer.items = {argument};
+        argument = outer;
+    }
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    argument.writeObject(stream);
+    EXPECT_EQ(QDataStream::WriteFailed, stream.status());
+}
