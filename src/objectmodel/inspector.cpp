@@ -2,6 +2,7 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/delegates.h"
+#include "objectmodel/gestureclass.h"
 #include "objectmodel/globalobject.h"
 #include "objectmodel/inspector_p.h"
 #include "objectmodel/namespace.h"
@@ -88,6 +89,7 @@ Inspector::Inspector() : d(new InspectorPrivate)
     registerPrimitiveClasses();
     d->voidObject = type(PrimitiveId::Void)->wrap(nullptr, ObjectAttribute());
     new GlobalClass;
+    new GestureClass;
     new Namespace(globalNamespace(), QStringLiteral("UiTypes"));
     new DateTime_class;
     new ScreenPointClass;
