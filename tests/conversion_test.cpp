@@ -300,6 +300,22 @@ TEST(Comparison, EndsOnCircles)
     c.onGet = nullptr;
 }
 
+TEST(Comparison, TellsAFirstMemberFromTheWhole)
+{
+    struct Inner { int value; };
+    struct Outer { Inner first; };
+    TestClass &inner = *new TestClass("CmInner");
+    TestClass &outer = *new TestClass("CmOuter");
+    inner.addProperty("value", intArgument());
+    outer.addProperty("first", Argument(&inner));
+    inner.onGet = [](int, void *data) { return inspector()->createPrimitive(static_cast<Inner *>(data)->value); };
+    outer.onGet = [&](int, void *data) { return object(inner, &static_cast<Outer *>(data)->first); };
+    Outer a {{1}}, b {{2}}, c {{1}};
+    EXPECT_FALSE(object(outer, &a)->compare(object(outer, &b)));
+    EXPECT_TRUE(object(outer, &a)->compare(object(outer, &c)));
+    inner.onGet = outer.onGet = nullptr;
+}
+
 TEST(Comparison, LeavesTheVerdictToTheDelegate)
 {
     TestClass &base = *new TestClass("ClBase");

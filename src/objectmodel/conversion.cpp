@@ -5,6 +5,7 @@
 #include "objectmodel/object.h"
 
 #include <algorithm>
+#include <tuple>
 #include <vector>
 
 namespace Vantrel {
@@ -41,7 +42,7 @@ bool isAncestor(const Class *target, const Class *c)
 class ComparisonScope
 {
 public:
-    ComparisonScope(void *a, void *b) : m_pair(a, b)
+    ComparisonScope(const Class *c, void *a, void *b) : m_pair(c, a, b)
     {
         m_again = std::find(pairs().begin(), pairs().end(), m_pair) != pairs().end();
         pairs().push_back(m_pair);
@@ -55,7 +56,8 @@ public:
 
 private:
     static constexpr std::size_t maximumDepth = 256;
-    using Pair = std::pair<void *, void *>;
+    // A first member has the address of the whole, so the class belongs to the pair.
+    using Pair = std::tuple<const Class *, void *, void *>;
     static std::vector<Pair> &pairs()
     {
         static thread_local std::vector<Pair> stack;
@@ -292,7 +294,7 @@ bool Class::compareProperties(const SharedPtr<Object> &a, const SharedPtr<Object
     void *bData = nullptr;
     a->get(&aData);
     b->get(&bData);
-    const ComparisonScope scope(aData, bData);
+    const ComparisonScope scope(c, aData, bData);
     if (scope.isRepeated()) {
         return true;
     }
