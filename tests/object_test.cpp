@@ -327,6 +327,27 @@ TEST(Object, DescribesItsPropertiesForDebugging)
     left.onGet = right.onGet = nullptr;
 }
 
+TEST(Object, EndsItsDescriptionWhereManyWaysLeadOn)
+{
+    TestClass &here = *new TestClass("OtHere");
+    TestClass &there = *new TestClass("OtThere");
+    for (const char *name : {"a", "b"}) {
+        here.addProperty(name, Argument(&there));
+        there.addProperty(name, Argument(&here));
+    }
+    const auto wrapped = [](const Class &c, void *data) { return c.wrap(data, ObjectAttribute()); };
+    here.onGet = [&](int, void *data) { return wrapped(there, data); };
+    there.onGet = [&](int, void *data) { return wrapped(here, data); };
+    const auto numDescribed = [&] {
+        return Object(&value, &here, ObjectAttribute()).toDebugString().count(QStringLiteral("{ a = "));
+    };
+    const int first = numDescribed();
+    EXPECT_GT(first, 64);
+    EXPECT_LE(first, 10000);
+    EXPECT_EQ(first, numDescribed()) << "the next text counts from the start";
+    here.onGet = there.onGet = nullptr;
+}
+
 TEST(Object, CopiesEveryFieldTheCountIncluded)
 {
     const TestClass &c = *new TestClass("OtCopied");

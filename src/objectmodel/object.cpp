@@ -19,8 +19,10 @@ namespace {
 constexpr char unnamed[] = "unnamed";
 constexpr char nullText[] = "<null>";
 constexpr quint32 noIndex = 0xFFFFFFFFu;
-/** Objects may refer to each other in circles; below this depth their plain text stands for them. */
+// Objects may refer to each other in circles and along many ways. Below this
+// depth, and behind this many objects, their plain text stands for them.
 constexpr int maximumDebugDepth = 64;
+constexpr int maximumDebugObjects = 10000;
 
 /** The class of invalidated objects. It has no members, so that whatever is asked of it fails. */
 class ClassOfTheDead : public Class
@@ -51,18 +53,33 @@ bool isReinterpretable(const Class *c)
     return static_cast<unsigned>(c->id()) <= PrimitiveId::Int64;
 }
 
-class DebugDepth
+/** One object whose properties are being described, inside those of another or not. */
+class DebugScope
 {
 public:
-    DebugDepth() { ++depth(); }
-    ~DebugDepth() { --depth(); }
-    Q_DISABLE_COPY(DebugDepth)
-    bool isTooDeep() const { return depth() > maximumDebugDepth; }
+    DebugScope()
+    {
+        if (++state().depth == 1) {
+            state().numObjects = 0;
+        }
+        ++state().numObjects;
+    }
+    ~DebugScope() { --state().depth; }
+    Q_DISABLE_COPY(DebugScope)
+    bool isTooMuch() const
+    {
+        return state().depth > maximumDebugDepth || state().numObjects > maximumDebugObjects;
+    }
 
 private:
-    static int &depth()
+    struct State
     {
-        static thread_local int value = 0;
+        int depth = 0;
+        int numObjects = 0;
+    };
+    static State &state()
+    {
+        static thread_local State value;
         return value;
     }
 };
@@ -408,8 +425,8 @@ QString Object::toDebugString()
     if (isNull()) {
         return QLatin1String("0 : ") + className();
     }
-    const DebugDepth depth;
-    return depth.isTooDeep() ? toString() : propertiesToDebugString();
+    const DebugScope scope;
+    return scope.isTooMuch() ? toString() : propertiesToDebugString();
 }
 
 QString Object::propertiesToDebugString()
