@@ -224,6 +224,11 @@ TEST(Object, KeepsTheOwnerOfSharedDataAlive)
     SharedPtr<Object> pointer = object->reference();
     object.reset();
     EXPECT_EQ(0, deletions);
+    // Views of views keep the owner alone, however often a script asks for them.
+    for (int i = 0; i < 500000; ++i) {
+        pointer = pointer->dereference()->reference();
+    }
+    EXPECT_EQ(0, deletions);
     pointer.reset();
     EXPECT_EQ(1, deletions);
     c.onDelete = nullptr;

@@ -131,6 +131,13 @@ void Object::put(void *data)
     m_origin.reset();
 }
 
+void Object::setOrigin(const SharedPtr<Object> &origin)
+{
+    // A view that owns nothing is passed over: views of views must not make a
+    // chain, which would grow without end and be destroyed recursively.
+    m_origin = origin->m_origin && !origin->m_autoDelete ? origin->m_origin : origin;
+}
+
 ObjectAttribute Object::objectAttribute()
 {
     return m_attribute;

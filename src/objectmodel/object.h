@@ -161,8 +161,8 @@ private:
     ConversionDelegate *setupConversionDelegate() const;
     ComparisonDelegate *setupComparisonDelegate() const;
     void clearDelegates();
-    /** Makes this handle, which shares the data of @p origin, keep that one alive. */
-    void setOrigin(SharedPtr<Object> origin) { m_origin = std::move(origin); }
+    /** Makes this handle, which shares the data of @p origin, keep the data's owner alive. */
+    void setOrigin(const SharedPtr<Object> &origin);
     ConversionDelegate *conversionDelegate(int capability) const;
     SharedPtr<Object> convertedToPrimitive(int classId) const;
     QString propertiesToDebugString();
