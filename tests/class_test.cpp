@@ -152,7 +152,8 @@ TEST(Class, KeepsALateMethodOnlyWhenTheTableExists)
     const TestClass &sub = declared("CtLateSub", &used, 1);
     ASSERT_NE(nullptr, used.method(0));
     auto *late = new Method(-1, &used, Argument(), Signature(QStringLiteral("late")));
-    used.lateAddMethod(late);
+    const Class *handedOut = &used;
+    handedOut->lateAddMethod(late);
     EXPECT_EQ(late, used.method(1));
     EXPECT_EQ(1, late->id());
     EXPECT_EQ(QStringLiteral("CtLateSub_0"), sub.method(2)->name());

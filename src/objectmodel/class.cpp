@@ -403,7 +403,7 @@ const Enum *Class::enumerator(const QString &name) const
     return memberByName(this, name, &ClassPrivate::enums, &ClassPrivate::buildEnums);
 }
 
-void Class::lateAddMethod(Method *method)
+void Class::lateAddMethod(Method *method) const
 {
     if (!method) {
         return;

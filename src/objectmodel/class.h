@@ -228,7 +228,7 @@ public:
      * createMethod() for every id, the new one included. The ids of all
      * methods of subclasses move up by one.
      */
-    void lateAddMethod(Method *method);
+    void lateAddMethod(Method *method) const;
 
     /** @p iface is not owned. A second one of the same name in the hierarchy is fatal. */
     void addInterface(const Interface *iface);

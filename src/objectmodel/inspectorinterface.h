@@ -99,8 +99,8 @@ public:
     void recordEvent(const EventData &event);
 
     /**
-     * The enum with a name such as "Namespace::Class::Enum", or of the global
-     * class when there is no "::". Null when there is none.
+     * The enum with a name such as "Class::Enum", or of the global class when
+     * there is no "::". Null when there is none.
      */
     const Enum *enumerator(const QString &name) const;
     /** As text of the class "char", in UTF-8. */
