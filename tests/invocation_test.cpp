@@ -300,6 +300,26 @@ TEST_F(Invocation, SendsInheritedMembersToTheClassThatDeclaresThem)
     sub.onInvoke = nullptr;
 }
 
+TEST_F(Invocation, RefusesMembersOfOtherClasses)
+{
+    TestClass &sub = *new TestClass("VtForeignSub", &c());
+    TestClass &stranger = *new TestClass("VtForeign");
+    for (TestClass *foreign : {&sub, &stranger}) {
+        foreign->addMethod("m").addProperty("p", intArgument());
+        const Class *asked = &c();
+        const SharedPtr<Object> o = object(sub);
+        const QString end = QStringLiteral(" of class %1 as a member of class VtCounter")
+                                .arg(foreign->className());
+        EXPECT_TRUE(asked->invoke(o, foreign->methods(QStringLiteral("m")).at(0), nullptr).isNull());
+        EXPECT_EQ(QLatin1String("Cannot use m()") + end, error());
+        EXPECT_TRUE(asked->getProperty(o, foreign->property(QStringLiteral("p"))).isNull());
+        EXPECT_EQ(QLatin1String("Cannot use p") + end, error());
+        EXPECT_FALSE(asked->setProperty(o, foreign->property(QStringLiteral("p")), primitiveOf(1)));
+        EXPECT_EQ(QLatin1String("Cannot use p") + end, error());
+    }
+    EXPECT_TRUE(calls.isEmpty());
+}
+
 TEST(MethodList, MatchesWithoutConversionOnly)
 {
     const TestClass &base = *new TestClass("VtMatchBase");

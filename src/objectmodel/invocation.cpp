@@ -40,13 +40,27 @@ bool verifyPropertyAccess(const SharedPtr<Object> &object, const Property *prope
 }
 
 /** A raw slot must never see the data of an object of a foreign class. */
-bool verifyClass(const SharedPtr<Object> &object, const Class *owner, const QString &what)
+bool verifyClass(const SharedPtr<Object> &object, const Class *owner, const QString &name,
+                 const char *suffix = "")
 {
     if (object->isA(owner)) {
         return true;
     }
     setError(QStringLiteral("Cannot use %1 of class %2 on an object of class %3")
-                 .arg(what, owner->className(), object->className()));
+                 .arg(name + QLatin1String(suffix), owner->className(), object->className()));
+    return false;
+}
+
+/** A raw slot must never see the id of a member of a foreign class either. */
+bool verifyMembership(const Class *c, const Class *owner, const QString &name,
+                      const char *suffix = "")
+{
+    if (Class::isSubClass(c, owner)) {
+        return true;
+    }
+    setError(QStringLiteral("Cannot use %1 of class %2 as a member of class %3")
+                 .arg(name + QLatin1String(suffix), owner ? owner->className() : QString(),
+                      c->className()));
     return false;
 }
 
@@ -255,7 +269,7 @@ SharedPtr<Object> Class::invoke(int, SharedPtr<Object> object, const ObjectList 
         || !verifyMethodArgumentCount(className(), method, arguments)) {
         return {};
     }
-    if (!method->isStatic() && !verifyClass(object, this, method->name() + QLatin1String("()"))) {
+    if (!method->isStatic() && !verifyClass(object, this, method->name(), "()")) {
         return {};
     }
     NativeArguments native(arguments);
@@ -265,7 +279,10 @@ SharedPtr<Object> Class::invoke(int, SharedPtr<Object> object, const ObjectList 
 SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method, void **arguments)
 {
     const Class *owner = method->methodClass();
-    if (owner != this && isSubClass(this, owner)) {
+    if (!verifyMembership(this, owner, method->name(), "()")) {
+        return {};
+    }
+    if (owner != this) {
         return owner->invoke(object, method, arguments);
     }
     void *data = nullptr;
@@ -352,7 +369,10 @@ SharedPtr<Object> Class::getProperty(int propertyId, SharedPtr<Object> object,
 SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *property)
 {
     const Class *owner = property->propertyClass();
-    if (owner != this && isSubClass(this, owner)) {
+    if (!verifyMembership(this, owner, property->name())) {
+        return {};
+    }
+    if (owner != this) {
         return owner->mutableSelf()->getProperty(property->id(), object, property);
     }
     if (!verifyPropertyAccess(object, property)) {
@@ -407,7 +427,10 @@ bool Class::setProperty(SharedPtr<Object> object, const Property *property,
                         SharedPtr<Object> value) const
 {
     const Class *owner = property->propertyClass();
-    if (owner != this && isSubClass(this, owner)) {
+    if (!verifyMembership(this, owner, property->name())) {
+        return false;
+    }
+    if (owner != this) {
         return owner->setProperty(property->id(), object, value, property);
     }
     if (!verifyPropertyAccess(object, property)) {
