@@ -99,6 +99,24 @@ TEST(Conversion, AsksItsSourcesInOrder)
     target.onConstruct = nullptr;
 }
 
+TEST(Conversion, KeepsOtherShapesFromConvertingConstructors)
+{
+    TestClass &target = *new TestClass("CsTarget");
+    target.addConstructor({textArgument()});
+    QByteArray text;
+    target.onConstruct = [&](int, void **arguments) {
+        text = static_cast<const char *>(arguments[0]);
+        return object(target);
+    };
+    const Class *c = primitive(PrimitiveId::Char);
+    EXPECT_FALSE(c->convertTo(inspector()->createPrimitive("one"), &target, false).isNull());
+    EXPECT_EQ("one", text);
+    const SharedPtr<Object> list = inspector()->createPrimitive(QStringList {"two", "three"});
+    EXPECT_TRUE(c->convertTo(list, &target, false).isNull());
+    EXPECT_EQ("one", text);
+    target.onConstruct = nullptr;
+}
+
 TEST(Conversion, AsksTheCastDelegatesFirst)
 {
     const TestClass &target = *new TestClass("CdTarget");

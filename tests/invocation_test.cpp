@@ -443,6 +443,7 @@ private:
         base->addProperty("locked", intArgument(), Property::Readable);
         base->addProperty("secret", intArgument(), Property::Writable);
         base->addMethod("readIt").addMethod("writeIt", {doubleArgument()});
+        base->addMethod("writeText", {textArgument()});
         const auto read = [](SharedPtr<Object> o) { return o; };
         const auto refuse = [](SharedPtr<Object>, SharedPtr<Object> value) {
             world().handed = value;
@@ -454,7 +455,8 @@ private:
             {new PropertyDeclaration(base, doubleArgument(), name("viaFunction"), read, refuse),
              new PropertyDeclaration(base, doubleArgument(), name("viaMethod"), base->method(0), base->method(1)),
              new PropertyDeclaration(base, doubleArgument(), name("writeOnly"), PropertyDeclaration::ReadFunction(), refuse),
-             new PropertyDeclaration(base, doubleArgument(), name("readOnly"), read)});
+             new PropertyDeclaration(base, doubleArgument(), name("readOnly"), read),
+             new PropertyDeclaration(base, textArgument(), name("text"), nullptr, base->method(2))});
         auto *sub = new TestClass("VtSubProperties", base);
         sub->addProperty("subOwn", intArgument());
         return {base, sub, {}};
@@ -495,7 +497,7 @@ TEST_F(PropertyAccess, RoutesDeclaredPropertiesToTheirClass)
     const SharedPtr<Object> o = object(*world().sub);
     int subReads = 0;
     world().sub->onGet = [&](int id, void *) {
-        EXPECT_EQ(8, id);
+        EXPECT_EQ(9, id);
         ++subReads;
         return primitiveOf(1);
     };
@@ -542,6 +544,18 @@ TEST_F(PropertyAccess, GoesThroughTheAccessorsOfDelegateProperties)
     EXPECT_TRUE(property("viaMethod")->set(o, primitiveOf("2.5")));
     EXPECT_EQ(2.5, argument);
     diagnosticsOf([&] { EXPECT_TRUE(property("viaMethod")->set(o, {})); });
+
+    QByteArray text;
+    world().base->onInvoke = [&](int, void *, void **arguments, const Class *) {
+        text = static_cast<const char *>(arguments[0]);
+        return inspector()->voidObject();
+    };
+    EXPECT_TRUE(property("text")->set(o, primitiveOf("one")));
+    EXPECT_EQ("one", text);
+    EXPECT_EQ("Object::setProperty: type char cannot be converted to char\n", diagnosticsOf([&] {
+                  EXPECT_FALSE(property("text")->set(o, primitiveOf(QStringList {"two", "three"})));
+              }));
+    EXPECT_EQ("one", text) << "a list is no text";
 
     EXPECT_EQ("Class::getProperty: property writeOnly is not readable\n",
               diagnosticsOf([&] { EXPECT_TRUE(property("writeOnly")->get(o).isNull()); }));

@@ -35,19 +35,6 @@ int elementsWanted(const Argument &declared)
     return declared.isArray() ? std::max(1, declared.arrayLength()) : 1;
 }
 
-/** Whether a value of the declared class can be read in the declared shape. */
-bool fits(const SharedPtr<Object> &value, const Argument &declared)
-{
-    const ObjectAttribute given = value->objectAttribute();
-    const TextShape wanted = textShape(declared.type(), declared.attribute());
-    if (wanted != textShape(declared.type(), given)) {
-        return false;
-    }
-    const bool counted = wanted == TextShape::None
-        || (wanted == TextShape::TextList && declared.arrayLength() > 0);
-    return !counted || elementsGiven(given) >= elementsWanted(declared);
-}
-
 SharedPtr<Object> converted(const SharedPtr<Object> &value, const Argument &declared)
 {
     const Class *source = value->type();
@@ -111,17 +98,36 @@ QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declare
 
 } // namespace
 
+bool fits(const SharedPtr<Object> &value, const Argument &declared)
+{
+    if (value->isNull()) {
+        return declared.isPointer();
+    }
+    const ObjectAttribute given = value->objectAttribute();
+    const TextShape wanted = textShape(declared.type(), declared.attribute());
+    if (wanted != textShape(declared.type(), given)) {
+        return false;
+    }
+    const bool counted = wanted == TextShape::None
+        || (wanted == TextShape::TextList && declared.arrayLength() > 0);
+    return !counted || elementsGiven(given) >= elementsWanted(declared);
+}
+
 SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declared)
 {
-    if (!value || !declared.type() || (value->isNull() && !declared.isPointer())) {
+    if (!value || !declared.type()) {
         return {};
     }
     const Class *source = value->type();
-    if (Class::isSubClass(source, declared.type())) {
-        return value->isNull() || fits(value, declared) ? value : converted(value, declared);
+    const bool isDeclaredClass = Class::isSubClass(source, declared.type());
+    if (isDeclaredClass && fits(value, declared)) {
+        return value;
     }
     if (value->isNull()) {
         return {};
+    }
+    if (isDeclaredClass) {
+        return converted(value, declared);
     }
     if (declared.enumType()
         && textShape(source, value->objectAttribute()) == TextShape::Text) {

@@ -40,6 +40,12 @@ private:
  */
 SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declared);
 
+/**
+ * Whether native code can read @p value, which is of the declared class, in the
+ * declared shape as it stands. A null object fits a pointer only.
+ */
+bool fits(const SharedPtr<Object> &value, const Argument &declared);
+
 /** One native pointer for each argument, on the stack for the usual few. */
 class NativeArguments
 {

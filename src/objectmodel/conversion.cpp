@@ -1,5 +1,6 @@
 #include "objectmodel/class.h"
 
+#include "objectmodel/arguments_p.h"
 #include "objectmodel/class_p.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/object.h"
@@ -157,7 +158,11 @@ SharedPtr<Object> Class::convertTo(SharedPtr<Object> object, const Class *target
     }
     if (!targetIsPointer) {
         if (const Constructor *found = convertingConstructor(target, this, sourceIsPointer)) {
-            return found->construct(ObjectList() << object);
+            // The class alone does not tell a text from a list of texts. What copies
+            // objects of its own class knows their shapes.
+            return target == this || fits(object, found->signature().arguments().first())
+                ? found->construct(ObjectList() << object)
+                : SharedPtr<Object>();
         }
     }
     return isAncestor(target, this) ? viewed(object, target) : SharedPtr<Object>();

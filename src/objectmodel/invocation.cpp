@@ -137,11 +137,12 @@ bool writeDelegateProperty(const SharedPtr<Object> &object, SharedPtr<Object> va
         value = fitting;
     }
     if (const Method *write = declaration->writeMethod()) {
-        ObjectList arguments;
-        if (value) {
-            arguments << value;
+        const ObjectList given = value ? ObjectList {value} : ObjectList();
+        const AdaptedArguments arguments(write->signature(), given);
+        if (value && write->signature().numArguments() == 1 && !arguments.isValid()) {
+            return reportUnconvertible(value, property);
         }
-        write->invoke(object, arguments);
+        write->invoke(object, arguments.list());
     } else {
         declaration->writeFunction()(object, value);
     }
