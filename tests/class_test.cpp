@@ -294,6 +294,7 @@ TEST(Namespace, ListsChildrenInOrderAndByName)
     EXPECT_EQ(nullptr, root.getNamespace(-1));
     EXPECT_EQ(b, inspector()->nameSpace(b->id()));
     EXPECT_EQ(QStringLiteral("NtA::NtB"), b->fullyQualifiedName());
+    EXPECT_EQ(QStringLiteral("NtA::NtB::NtD"), (new Namespace(b, QStringLiteral("NtD")))->fullyQualifiedName());
     EXPECT_TRUE(a->containsIdentifier(QStringLiteral("NtB")));
     EXPECT_FALSE(a->containsIdentifier(QStringLiteral("NtC")));
     new TestClass("NtC", a);

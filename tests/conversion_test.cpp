@@ -131,11 +131,44 @@ TEST(Conversion, AsksTheCastDelegatesFirst)
     ofTarget->result = inspector()->createPrimitive(88);
     const Class *c = &source;
     EXPECT_EQ(77, c->convertTo(object(source), &target, true)->toInteger()) << "found along the hierarchy";
+    ofTarget->from = &source;
+    EXPECT_EQ(77, c->convertTo(object(source), &target, true)->toInteger()) << "the source's comes first";
+    ofBase->to = nullptr;
+    EXPECT_EQ(88, c->convertTo(object(source), &target, true)->toInteger());
+    ofTarget->from = &other;
     const Class *o = &other;
     EXPECT_TRUE(o->canConvertTo(&target, false, true, nullptr));
     EXPECT_EQ(88, o->convertTo(object(other), &target, true)->toInteger());
     EXPECT_FALSE(o->canConvertTo(&base, false, true, nullptr));
     source.onCanConvert = nullptr;
+    (new Casts("CdOther"))->to = &base;
+    EXPECT_FALSE(o->canConvertTo(&base, false, true, nullptr)) << "a class looks for its delegate once";
+}
+
+TEST(Conversion, AsksTheCastHookBeforeTheInternalOne)
+{
+    class Casting : public TestClass
+    {
+    public:
+        using TestClass::TestClass;
+
+    private:
+        bool canCastTo(const Class *, bool pointer) const override { return pointer; }
+        SharedPtr<Object> castTo(SharedPtr<Object>, const Class *, bool) override
+        {
+            return inspector()->createPrimitive(1);
+        }
+    };
+    Casting &source = *new Casting("CxSource");
+    source.onCanConvert = [](const Class *, bool, bool) { return true; };
+    source.onConvert = [](SharedPtr<Object>, const Class *) { return inspector()->createPrimitive(2); };
+    const Class *c = &source;
+    const Class *target = new TestClass("CxTarget");
+    EXPECT_EQ(1, c->convertTo(object(source), target, true)->toInteger());
+    EXPECT_EQ(2, c->convertTo(object(source), target, false)->toInteger());
+    source.onCanConvert = nullptr;
+    EXPECT_TRUE(c->canConvertTo(target, false, true, nullptr));
+    EXPECT_FALSE(c->canConvertTo(target, false, false, nullptr));
 }
 
 TEST(Conversion, TriesThePointerFlagsInOrder)

@@ -173,6 +173,28 @@ TEST(Inspector, CreatesPrimitivesOfTheMatchingClass)
                  "Can't wrap object to undefined type");
 }
 
+TEST(Inspector, TakesTheDelegatesOfTheToolkitsInTheirOrder)
+{
+    // They are collected once per process, so this needs one of its own.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto objectsInOrder = [] {
+        const char *const names[] = {"Qt", "XView", "Tk", "Web", "Java", "Mac", "Win", "Android"};
+        std::vector<std::unique_ptr<TopLevel>> delegates;
+        for (const char *name : names) {
+            delegates.insert(delegates.begin(),
+                             std::make_unique<TopLevel>(QByteArray("Vantrel::Toplevel").append(name).constData(),
+                                                        ObjectList {inspector()->createPrimitive(name)}));
+        }
+        QByteArray order;
+        for (const SharedPtr<Object> &object : inspector()->objects()) {
+            order += object->toString().toUtf8() + ' ';
+        }
+        fprintf(stderr, "%s\n", order.constData());
+        exit(0);
+    };
+    EXPECT_EXIT(objectsInOrder(), testing::ExitedWithCode(0), "^Qt XView Tk Web Java Mac Win Android \n");
+}
+
 TEST(Inspector, EnumeratesTheObjectsOfAllTopLevelDelegates)
 {
     const int before = inspector()->numObjects();

@@ -129,6 +129,8 @@ TEST_F(Invocation, ChecksTheObjectBeforeTheCall)
 
 TEST_F(Invocation, ReportsAWrongCountInBothChannels)
 {
+    EXPECT_EQ("", diagnosticsOf([&] { c().method(4)->invoke({}, {}); })) << "the object is checked first";
+    error();
     const QString text = QStringLiteral("Class::invoke VtCounter::4: 1 arguments expected, 2 given");
     const std::string printed = diagnosticsOf([&] {
         EXPECT_TRUE(c().method(4)->invoke(object(c()), {primitiveOf(1), primitiveOf(2)}).isNull());

@@ -105,11 +105,14 @@ TEST(Object, ForgetsItsDataWhenInvalidated)
     object->setAutoDelete(true);
     object->setUserData(new Note(&alive));
     const quint32 index = object->index();
+    TwoLevels delegate(QStringLiteral("OtInvalidated"));
+    EXPECT_EQ(QStringLiteral("named"), object->name());
     SharedPtr<Object> other = object;
     object->invalidate();
     EXPECT_FALSE(other->isValid());
     EXPECT_TRUE(other->isNull());
     EXPECT_EQ(QStringLiteral("Dead"), other->className());
+    EXPECT_EQ(QStringLiteral("unnamed"), other->name());
     EXPECT_EQ(index, other->index());
     EXPECT_EQ(1, alive);
     EXPECT_EQ(QStringLiteral("<null>"), other->toString());
@@ -229,8 +232,8 @@ TEST(Object, KeepsTheOwnerOfSharedDataAlive)
         pointer = pointer->dereference()->reference();
     }
     EXPECT_EQ(0, deletions);
-    pointer.reset();
-    EXPECT_EQ(1, deletions);
+    pointer->put(nullptr);
+    EXPECT_EQ(1, deletions) << "a handle for other data keeps the old data no longer";
     c.onDelete = nullptr;
 }
 
@@ -304,6 +307,10 @@ TEST(Object, ConvertsByDelegateThenByClass)
     const SharedPtr<Object> null(new Object(nullptr, &c, ObjectAttribute()));
     EXPECT_EQ(QStringLiteral("<null>"), null->toString());
     EXPECT_EQ(5, null->toInteger());
+
+    // A conversion that gives the handle back is not asked again and again.
+    c.onConvert = [](SharedPtr<Object> o, const Class *) { return o; };
+    EXPECT_EQ(QString(), object->toString());
     c.onCanConvert = nullptr;
 }
 

@@ -247,11 +247,38 @@ TEST_F(Search, ReportsWhatACallerAddsAndAnEarlierError)
     EXPECT_EQ(QStringList {"{name='second'}"}, inspector()->unmatchedProperties().keys());
 }
 
+TEST_F(Search, LeavesTheErrorAloneWhileEventsAreRecorded)
+{
+    class Silent : public EventNotifyDelegate
+    {
+        void notifyEvent(const EventData &) override { }
+    };
+    Silent silent;
+    inspector()->setEventNotifyDelegate(&silent);
+    inspector()->setEventRecordingEnabled(true);
+    inspector()->setError(QStringLiteral("earlier"));
+    EXPECT_EQ(nullptr, find("{text='none'}"));
+    EXPECT_EQ(ok, find("{text='OK'}"));
+    EXPECT_EQ(QStringLiteral("earlier"), error());
+    inspector()->setEventRecordingEnabled(false);
+    inspector()->setEventNotifyDelegate(nullptr);
+}
+
+TEST_F(Search, DropsTheColonOfASymbolWhileThereIsNoMap)
+{
+    ASSERT_EQ(nullptr, ObjectMap::self());
+    EXPECT_EQ(ok, find(":{text='OK'}"));
+    EXPECT_EQ(edit, find(":main.form.edit"));
+}
+
 TEST_F(Search, KeepsTheLastFoundObjectByItsGivenName)
 {
+    find("{text='OK'}");
     inspector()->enableObjectCache(true);
+    int searches = toolkit.searches;
     const SharedPtr<Object> first = inspector()->findObject(QStringLiteral("{text='OK'}"));
-    const int searches = toolkit.searches;
+    EXPECT_EQ(searches + 1, toolkit.searches) << "what was found without the cache is not in it";
+    searches = toolkit.searches;
     EXPECT_EQ(first, inspector()->findObject(QStringLiteral("{text='OK'}")));
     EXPECT_EQ(searches, toolkit.searches);
     inspector()->findObject(QStringLiteral("{ text='OK'}")); // another spelling is another name
