@@ -72,6 +72,9 @@ QString shapeText(const ObjectAttribute &attribute)
 
 QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declared)
 {
+    if (declared.takesAnyObject()) {
+        return QString();
+    }
     const QString type = declared.type() ? declared.type()->className() : QStringLiteral("unknown");
     if (!value) {
         return QStringLiteral("no object given, %1 expected").arg(type);
@@ -115,6 +118,9 @@ bool fits(const SharedPtr<Object> &value, const Argument &declared)
 
 SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declared)
 {
+    if (declared.takesAnyObject()) {
+        return value;
+    }
     if (!value || !declared.type()) {
         return {};
     }
@@ -145,7 +151,7 @@ AdaptedArguments::AdaptedArguments(const Signature &signature, const ObjectList 
     std::size_t i = 0;
     for (const Argument &declared : signature.arguments()) {
         SharedPtr<Object> argument = adapted(arguments[i], declared);
-        if (!argument) {
+        if (!argument && !declared.takesAnyObject()) {
             m_valid = false;
             return;
         }

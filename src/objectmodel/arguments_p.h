@@ -36,7 +36,7 @@ private:
 
 /**
  * @p value in the form that @p declared asks for: itself, or its conversion;
- * null when there is neither.
+ * null when there is neither. What takes any object takes null handles too.
  */
 SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declared);
 

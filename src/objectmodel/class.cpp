@@ -415,6 +415,34 @@ void Class::lateAddMethod(Method *method) const
     }
 }
 
+void Class::lateAddProperty(Property *property)
+{
+    if (!property) {
+        return;
+    }
+    const int ownIndex = d->numOwnProperties++;
+    if (d->properties.isEmpty()) {
+        return;
+    }
+    d->properties.insert(ownIndex, property);
+    for (int i = ownIndex + 1; i < d->properties.size(); ++i) {
+        if (const Property *moved = d->properties[i]) {
+            const_cast<Property *>(moved)->setId(moved->id() + 1);
+        }
+    }
+}
+
+void Class::lateAddEnum(Enum *enumerator)
+{
+    if (!enumerator) {
+        return;
+    }
+    ++d->numOwnEnums;
+    if (!d->enums.isEmpty()) {
+        d->enums.append(enumerator);
+    }
+}
+
 void Class::addInterface(const Interface *iface)
 {
     const QByteArray text = iface->interfaceName();

@@ -259,6 +259,14 @@ protected:
     void setNumEnums(int count);
     /** As numProperties(), without the delegate's properties of this class itself. */
     int numPropertiesInternal() const;
+    /**
+     * Add a member to a class in use, the way lateAddMethod() does: it is kept
+     * when the table of its kind exists, which is otherwise built later by
+     * createProperty() or createEnum(), the new id included. The id must be
+     * the next free one; properties of the delegate make room.
+     */
+    void lateAddProperty(Property *property);
+    void lateAddEnum(Enum *enumerator);
 
 private:
     Q_DISABLE_COPY(Class)

@@ -118,9 +118,12 @@ SharedPtr<Object> readDelegateProperty(int propertyId, const SharedPtr<Object> &
     return declaration->readFunction()(object);
 }
 
-/** True however the accessor itself fared: callers rely on an accepted value counting as written. */
-bool writeDelegateProperty(const SharedPtr<Object> &object, SharedPtr<Object> value,
-                           const Property *property)
+/**
+ * Writes through the declaration. False when the value never got as far as the
+ * accessor. The answer of a write function goes to @p written.
+ */
+bool writeDeclared(const SharedPtr<Object> &object, SharedPtr<Object> value,
+                   const Property *property, bool *written)
 {
     const PropertyDeclaration *declaration = property->propertyDeclaration();
     if (!declaration) {
@@ -142,11 +145,21 @@ bool writeDelegateProperty(const SharedPtr<Object> &object, SharedPtr<Object> va
         if (value && write->signature().numArguments() == 1 && !arguments.isValid()) {
             return reportUnconvertible(value, property);
         }
+        // The result of a setter tells nothing: many have none.
         write->invoke(object, arguments.list());
+        *written = true;
     } else {
-        declaration->writeFunction()(object, value);
+        *written = declaration->writeFunction()(object, value);
     }
     return true;
+}
+
+/** True however the accessor itself fared: callers rely on an accepted value counting as written. */
+bool writeDelegateProperty(const SharedPtr<Object> &object, const SharedPtr<Object> &value,
+                           const Property *property)
+{
+    bool written = false;
+    return writeDeclared(object, value, property, &written);
 }
 
 } // namespace
@@ -442,7 +455,9 @@ bool Class::setProperty(SharedPtr<Object> object, const Property *property,
         return false;
     }
     if (property->propertyDeclaration()) {
-        return writeDelegateProperty(object, value, property);
+        bool written = false;
+        return writeDeclared(object, value, property, &written)
+            && (written || property->id() >= numPropertiesInternal());
     }
     if (!property->isWritable()) {
         return reportUnwritable(property);

@@ -93,6 +93,29 @@ QString ownerName(const Class *owner)
     return owner ? owner->className() : QString();
 }
 
+/**
+ * In no namespace and not registered, so that it can neither be found by name
+ * nor stand in the way of a toolkit's class of that name.
+ */
+class AnyObjectClass : public Class
+{
+public:
+    AnyObjectClass() : Class("Object", static_cast<Namespace *>(nullptr), false)
+    {
+        setNumMethods(0);
+        setNumConstructors(0);
+        setNumProperties(0);
+        setNumEvents(0);
+        setNumEnums(0);
+    }
+};
+
+const Class *anyObjectClass()
+{
+    static const Class *const any = new AnyObjectClass;
+    return any;
+}
+
 } // namespace
 
 ObjectAttribute::ObjectAttribute(int flags, int arrayLength)
@@ -140,6 +163,16 @@ Argument::Argument(const Class *type, int flags, int arrayLength, const Enum *en
 
 Argument::~Argument() = default;
 
+Argument Argument::AnyObject(const QString &name)
+{
+    return Argument(name, anyObjectClass(), ObjectAttribute::Pointer());
+}
+
+bool Argument::takesAnyObject() const
+{
+    return m_type == anyObjectClass();
+}
+
 bool operator==(const Argument &a, const Argument &b)
 {
     return a.m_name == b.m_name && a.m_type == b.m_type && a.m_attribute == b.m_attribute
@@ -172,10 +205,22 @@ Method::Method(int id, const Class *owner, const Argument &returnType, const Sig
 
 Method::~Method() = default;
 
+void Method::deprecate(const QString &message)
+{
+    m_deprecationMessage = message;
+    m_deprecationReported = false;
+}
+
 SharedPtr<Object> Method::invoke(SharedPtr<Object> object, const ObjectList &arguments) const
 {
     if (!m_owner) {
         return {};
+    }
+    if (isDeprecated() && !m_deprecationReported) {
+        m_deprecationReported = true;
+        printDiagnostic("%s::%s%s is deprecated: %s\n", qUtf8Printable(ownerName(m_owner)),
+                        qUtf8Printable(name()), qUtf8Printable(m_signature.toString()),
+                        qUtf8Printable(m_deprecationMessage));
     }
     return m_owner->mutableSelf()->invoke(m_id, object, arguments, this);
 }
@@ -340,7 +385,7 @@ const Argument &PropertyDeclaration::type() const
 int PropertyDeclaration::flags() const
 {
     lazySetup();
-    return m_stored ? m_flags | Stored : m_flags;
+    return m_flags | (m_stored ? Stored : 0) | (m_static ? Static : 0);
 }
 
 void PropertyDeclaration::lazySetup() const

@@ -86,6 +86,12 @@ public:
     explicit Argument(const Class *type, const ObjectAttribute &attribute = ObjectAttribute(),
                       const Enum *enumType = nullptr);
     Argument(const Class *type, int flags, int arrayLength, const Enum *enumType = nullptr);
+    /**
+     * Takes every handle as it is: of any class, null or invalidated. Only for
+     * what is called with handles, such as the functions of the global class;
+     * a native pointer of unknown type is of no use. Reads "Object *".
+     */
+    static Argument AnyObject(const QString &name = QString());
     Argument(const Argument &) = default;
     Argument &operator=(const Argument &) = default;
     ~Argument() override;
@@ -96,6 +102,8 @@ public:
     const ObjectAttribute &attribute() const { return m_attribute; }
     /** Null unless the argument is of an enum type. */
     const Enum *enumType() const { return m_enumType; }
+    /** Whether AnyObject() made this argument. */
+    bool takesAnyObject() const;
 
     bool isArray() const { return m_attribute.isArray(); }
     bool isConst1() const { return m_attribute.isConst1(); }
@@ -177,7 +185,8 @@ public:
     const Signature &signature() const { return m_signature; }
     bool isStatic() const { return m_flags & Static; }
 
-    void deprecate(const QString &message) { m_deprecationMessage = message; }
+    /** The first call from then on writes a diagnostic with @p message. */
+    void deprecate(const QString &message);
     bool isDeprecated() const { return !m_deprecationMessage.isEmpty(); }
     const QString &deprecationMessage() const { return m_deprecationMessage; }
 
@@ -203,6 +212,7 @@ private:
     Signature m_signature;
     int m_flags = NoFlags;
     QString m_deprecationMessage;
+    mutable bool m_deprecationReported = false;
 };
 
 /**
@@ -400,6 +410,8 @@ public:
     bool isStatic() const { return flags() & Static; }
     int flags() const;
     void setStored(bool stored) { m_stored = stored; }
+    /** For accessors that are functions and need no object; methods know it themselves. */
+    void setStatic(bool isStatic) { m_static = isStatic; }
 
     const Method *readMethod() const { return m_readMethod; }
     const Method *writeMethod() const { return m_writeMethod; }
@@ -418,6 +430,7 @@ private:
     ReadFunction m_readFunction;
     WriteFunction m_writeFunction;
     bool m_stored = true;
+    bool m_static = false;
     mutable bool m_ready = false;
     mutable int m_flags = 0;
 };
@@ -436,6 +449,7 @@ public:
     ~Property() override;
 
     int id() const { return m_id; }
+    void setId(int id) { m_id = id; }
     /** The class that declares the property. */
     const Class *propertyClass() const { return m_owner; }
     const QString &name() const;
