@@ -10,6 +10,7 @@
 #include "objectmodel/primitives.h"
 #include "objectmodel/primitives_p.h"
 #include "objectmodel/valueclasses.h"
+#include "objectmodel/windowinteraction_p.h"
 
 #include <algorithm>
 
@@ -94,6 +95,7 @@ Inspector::Inspector() : d(new InspectorPrivate)
     new DateTime_class;
     new ScreenPointClass;
     new ScreenRectangle_class;
+    registerWindowFunctions(globalClass());
 }
 
 Inspector::~Inspector()
