@@ -78,16 +78,31 @@ public:
     void setError(const QString &text) override;
     /** Returns the last error and forgets it. */
     QString lastError() override;
+
+    // Handlers are not owned. An installation is refused, with the last error
+    // set, when the handler is null or has its place already, when a name is
+    // empty, and when the object is null, invalidated or does not have the
+    // event. Uninstalling answers whether the handler was there.
+
+    /**
+     * For one object, as long as the handle lives and is valid: other handles
+     * of the same thing do not count. With the first handler of an event the
+     * DynamicEventDelegate of the class connects to it, with the last one it
+     * disconnects. If it does not know the event, the class must declare it.
+     */
     bool installObjectEventHandler(SharedPtr<Object> object, const QString &event,
                                    EventHandler *handler) override;
     bool uninstallObjectEventHandler(SharedPtr<Object> object, const QString &event,
                                      EventHandler *handler) override;
+    /** For all objects of the classes of that name, which need not exist yet, and of subclasses. */
     bool installClassEventHandler(const QString &className, const QString &event,
                                   EventHandler *handler) override;
     bool uninstallClassEventHandler(const QString &className, const QString &event,
                                     EventHandler *handler) override;
+    /** For all objects, and for events without an object. */
     bool installGlobalEventHandler(const QString &event, EventHandler *handler) override;
     bool uninstallGlobalEventHandler(const QString &event, EventHandler *handler) override;
+
     QVariant call(const QString &name, const FList<QVariant> &arguments) override;
     /** Since the last failed search: names of objects, and their properties that did not match. */
     QMap<QString, QStringList> unmatchedProperties() override;
@@ -97,6 +112,26 @@ public:
      * and namespace tables are emptied. The Inspector itself is refused.
      */
     void setInspectorInterfaceImpl(InspectorInterface *implementation);
+
+    /**
+     * Tells the handlers of an event: those of @p object, of its class and then
+     * of each super class, and the global ones, each group in the order of
+     * installation. A handler is called once for each place it has. What
+     * handlers uninstall is no longer called, what they install is not yet. An
+     * object that is invalidated on the way has no handlers of its own any
+     * more; the others are still called.
+     * @return the number of calls made.
+     */
+    int dispatchEvent(SharedPtr<Object> object, const QString &event, const ObjectList &arguments);
+
+    // What the setters of the same names remembered; empty or false when nothing was set.
+    QString uniqueProperty(const QString &name) const;
+    QString extensionCode(const QString &name) const;
+    bool mouseTracking(const QString &name) const;
+    bool recordMouseDrag(const QString &name) const;
+    bool allowKeyEventCompression(const QString &name) const;
+    bool isEventCompressionEnabled(const QString &name) const;
+    QString recorderFilter(const QString &name) const;
 
     /** The class of the global functions, properties and enums. */
     GlobalClass *globalClass() const;

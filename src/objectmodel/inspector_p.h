@@ -85,6 +85,18 @@ void Registry<T>::clear()
     m_byName.clear();
 }
 
+/** What the recorder of events was told, by name. */
+struct RecorderSettings
+{
+    QHash<QString, QString> uniqueProperties;
+    QHash<QString, QString> extensionCodes;
+    QHash<QString, QString> recorderFilters;
+    QHash<QString, bool> mouseTracking;
+    QHash<QString, bool> recordMouseDrag;
+    QHash<QString, bool> keyEventCompression;
+    QHash<QString, bool> eventCompression;
+};
+
 class InspectorPrivate
 {
 public:
@@ -120,6 +132,7 @@ public:
     /** Those among them that the last search has put there. */
     QStringList reportedNames;
     std::vector<NearMiss> nearMisses;
+    RecorderSettings recorder;
     unsigned long licEditions = 0;
     bool spyingEnabled = false;
 };

@@ -2,6 +2,7 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/delegates.h"
+#include "objectmodel/eventhandlers_p.h"
 #include "objectmodel/inspector_p.h"
 
 namespace Vantrel {
@@ -9,7 +10,9 @@ namespace Vantrel {
 bool Inspector::sendEvent(const Event *event, SharedPtr<Object> object, const ObjectList &arguments)
 {
     if (event && event->isSendable()) {
-        for (SendEventDelegate *delegate : sendEventDelegates()) {
+        // A copy, because a delegate may add or remove others.
+        const std::vector<SendEventDelegate *> delegates = sendEventDelegates();
+        for (SendEventDelegate *delegate : delegates) {
             if (delegate->sendEvent(event, object, arguments)) {
                 return true;
             }
@@ -24,37 +27,114 @@ void Inspector::addPropertyDelegate(StaticPropertyDelegate *delegate)
     DelegateFactory::self()->addDelegate(delegate);
 }
 
-void Inspector::setUniqueProperty(const QString &, const QString &) { }
-void Inspector::setExtensionCode(const QString &, const QString &) { }
-void Inspector::setMouseTracking(const QString &, bool) { }
-void Inspector::setRecordMouseDrag(const QString &, bool) { }
-void Inspector::setAllowKeyEventCompression(const QString &, bool) { }
-void Inspector::enableEventCompression(const QString &, bool) { }
-void Inspector::setRecorderFilter(const QString &, const QString &) { }
+void Inspector::setUniqueProperty(const QString &name, const QString &value)
+{
+    d->recorder.uniqueProperties.insert(name, value);
+}
 
-bool Inspector::installObjectEventHandler(SharedPtr<Object>, const QString &, EventHandler *)
+QString Inspector::uniqueProperty(const QString &name) const
 {
-    return false;
+    return d->recorder.uniqueProperties.value(name);
 }
-bool Inspector::uninstallObjectEventHandler(SharedPtr<Object>, const QString &, EventHandler *)
+
+void Inspector::setExtensionCode(const QString &name, const QString &value)
 {
-    return false;
+    d->recorder.extensionCodes.insert(name, value);
 }
-bool Inspector::installClassEventHandler(const QString &, const QString &, EventHandler *)
+
+QString Inspector::extensionCode(const QString &name) const
 {
-    return false;
+    return d->recorder.extensionCodes.value(name);
 }
-bool Inspector::uninstallClassEventHandler(const QString &, const QString &, EventHandler *)
+
+void Inspector::setMouseTracking(const QString &name, bool value)
 {
-    return false;
+    d->recorder.mouseTracking.insert(name, value);
 }
-bool Inspector::installGlobalEventHandler(const QString &, EventHandler *)
+
+bool Inspector::mouseTracking(const QString &name) const
 {
-    return false;
+    return d->recorder.mouseTracking.value(name);
 }
-bool Inspector::uninstallGlobalEventHandler(const QString &, EventHandler *)
+
+void Inspector::setRecordMouseDrag(const QString &name, bool value)
 {
-    return false;
+    d->recorder.recordMouseDrag.insert(name, value);
+}
+
+bool Inspector::recordMouseDrag(const QString &name) const
+{
+    return d->recorder.recordMouseDrag.value(name);
+}
+
+void Inspector::setAllowKeyEventCompression(const QString &name, bool value)
+{
+    d->recorder.keyEventCompression.insert(name, value);
+}
+
+bool Inspector::allowKeyEventCompression(const QString &name) const
+{
+    return d->recorder.keyEventCompression.value(name);
+}
+
+void Inspector::enableEventCompression(const QString &name, bool value)
+{
+    d->recorder.eventCompression.insert(name, value);
+}
+
+bool Inspector::isEventCompressionEnabled(const QString &name) const
+{
+    return d->recorder.eventCompression.value(name);
+}
+
+void Inspector::setRecorderFilter(const QString &name, const QString &value)
+{
+    d->recorder.recorderFilters.insert(name, value);
+}
+
+QString Inspector::recorderFilter(const QString &name) const
+{
+    return d->recorder.recorderFilters.value(name);
+}
+
+bool Inspector::installObjectEventHandler(SharedPtr<Object> object, const QString &event,
+                                          EventHandler *handler)
+{
+    return EventHandlerRegistry::self()->installForObject(object, event, handler);
+}
+
+bool Inspector::uninstallObjectEventHandler(SharedPtr<Object> object, const QString &event,
+                                            EventHandler *handler)
+{
+    return EventHandlerRegistry::self()->uninstallForObject(object, event, handler);
+}
+
+bool Inspector::installClassEventHandler(const QString &className, const QString &event,
+                                         EventHandler *handler)
+{
+    return EventHandlerRegistry::self()->installForClass(className, event, handler);
+}
+
+bool Inspector::uninstallClassEventHandler(const QString &className, const QString &event,
+                                           EventHandler *handler)
+{
+    return EventHandlerRegistry::self()->uninstallForClass(className, event, handler);
+}
+
+bool Inspector::installGlobalEventHandler(const QString &event, EventHandler *handler)
+{
+    return EventHandlerRegistry::self()->installGlobal(event, handler);
+}
+
+bool Inspector::uninstallGlobalEventHandler(const QString &event, EventHandler *handler)
+{
+    return EventHandlerRegistry::self()->uninstallGlobal(event, handler);
+}
+
+int Inspector::dispatchEvent(SharedPtr<Object> object, const QString &event,
+                             const ObjectList &arguments)
+{
+    return EventHandlerRegistry::self()->dispatch(object, event, arguments);
 }
 
 } // namespace Vantrel

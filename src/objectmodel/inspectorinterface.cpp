@@ -6,6 +6,8 @@
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
 
+#include <algorithm>
+
 namespace Vantrel {
 
 InspectorInterface::InspectorInterface() = default;
@@ -213,6 +215,13 @@ void InspectorInterface::addSendEventDelegate(SendEventDelegate *delegate)
     if (delegate) {
         m_sendEventDelegates.push_back(delegate);
     }
+}
+
+void InspectorInterface::removeSendEventDelegate(SendEventDelegate *delegate)
+{
+    m_sendEventDelegates.erase(
+        std::remove(m_sendEventDelegates.begin(), m_sendEventDelegates.end(), delegate),
+        m_sendEventDelegates.end());
 }
 
 void InspectorInterface::recordEvent(const EventData &event)

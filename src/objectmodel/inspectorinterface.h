@@ -95,6 +95,7 @@ public:
     void setEventNotifyDelegate(EventNotifyDelegate *delegate) { m_eventNotifyDelegate = delegate; }
     /** Not owned. Delegates are asked in the order in which they were added. */
     void addSendEventDelegate(SendEventDelegate *delegate);
+    void removeSendEventDelegate(SendEventDelegate *delegate);
     /** Passes the event on while recording is enabled. */
     void recordEvent(const EventData &event);
 

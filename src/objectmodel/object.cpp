@@ -97,8 +97,13 @@ Object::Object(const Object &other) = default;
 
 Object &Object::operator=(const Object &other) = default;
 
+Object::EndHook Object::s_endHook = nullptr;
+
 Object::~Object()
 {
+    if (m_watch.on) {
+        s_endHook(this, End::Destroyed);
+    }
     delete m_userData;
     if (m_autoDelete) {
         m_class->deleteObjectData(m_data, m_attribute);
@@ -154,6 +159,9 @@ void Object::invalidate()
     m_data = nullptr;
     clearDelegates();
     m_class = classOfTheDead();
+    if (m_watch.on) {
+        s_endHook(this, End::Invalidated);
+    }
 }
 
 quint32 Object::index() const

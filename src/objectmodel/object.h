@@ -16,6 +16,7 @@ namespace Vantrel {
 class Class;
 class ComparisonDelegate;
 class ConversionDelegate;
+class EventHandlerRegistry;
 class ObjectHierarchyDelegate;
 class ObjectList;
 class SerializeDelegate;
@@ -150,6 +151,19 @@ protected:
 
 private:
     friend class Class;
+    friend class EventHandlerRegistry;
+
+    /** How a handle ends: with its thing still there, or because that is gone. */
+    enum class End { Destroyed, Invalidated };
+    /** Of one handle alone; its copies are not watched. */
+    struct Watch
+    {
+        Watch() = default;
+        Watch(const Watch &) {}
+        Watch &operator=(const Watch &) { return *this; }
+        bool on = false;
+    };
+    using EndHook = void (*)(Object *object, End end);
 
     SharedPtr<Object> self() const
     {
@@ -178,7 +192,14 @@ private:
     mutable quint32 m_index = 0xFFFFFFFFu;
     bool m_autoDelete : 1;
     bool m_invalid : 1;
+    Watch m_watch;
     SharedPtr<Object> m_origin;
+
+    /**
+     * Told of the end of watched handles, so that what others keep under the
+     * index of a handle ends with it and need not keep it alive.
+     */
+    static EndHook s_endHook;
 };
 
 /** The arguments of a call, the children of an object: handles in order. */
