@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDataStream>
 #include <QStringList>
 
 using namespace Vantrel;
@@ -272,6 +273,13 @@ TEST_F(WindowFunctions, AreDescribedLikeAnyMethod)
     EXPECT_EQ(QStringList("_vantrel_window_moveto(Object * object, int x, int y): "
                           "argument 2: no object given, int expected"),
               list.explain({nullptr, nullptr, number(1)}));
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    list.at(0)->writeObject(out);
+    Method copy(global);
+    QDataStream stream(bytes);
+    copy.readObject(stream);
+    EXPECT_EQ(list.at(0)->signature(), copy.signature());
 
     testing::internal::CaptureStderr();
     EXPECT_FALSE(list.at(0)->invoke({}, {window(frameClass())}));

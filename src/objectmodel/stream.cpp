@@ -603,6 +603,11 @@ Argument ArgumentRecord::argument(const Class *context) const
     if (!result.m_type && context && context->className() == className) {
         result.m_type = context;
     }
+    // It is in no namespace, so no look-up finds it.
+    const Argument any = Argument::AnyObject();
+    if (!result.m_type && nameSpaceId == -1 && className == any.type()->className()) {
+        result.m_type = any.type();
+    }
     result.m_attribute = attribute.attribute();
     if (!enumName.isEmpty()) {
         const Class *owner = context && context->className() == enumClassName
