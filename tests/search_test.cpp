@@ -205,7 +205,7 @@ TEST_F(Search, SaysWhatWasNotFound)
                                             "    Could not find child 'nothing' under 'main.form'"},
         {"symbol", ":Missing", "Object ':Missing' not found. Object name not found in Object Map."},
         {"symbol with a path", ":Gone", "Object ':Gone' not found.\n    Could not find child 'gone' under 'main'"},
-        {"symbol in the map", ":NoTop", "Object ':NoTop' not found."},
+        {"symbol for a missing top level", ":NoTop", "Object ':NoTop' not found. Object name not found in Object Map."},
         {"conditions", "{text='OK' type='Label'}", "Object '{text='OK' type='Label'}' not found. Could not match "
                        "properties:\n    type for object name: '{text='OK' type='Label'}'"},
         {"no candidate", "{colour='red'}", "Object '{colour='red'}' not found. Could not match properties:\n"
@@ -319,6 +319,9 @@ TEST_F(Search, NamesTheNearestCandidates)
     ASSERT_EQ(2u, inspector()->nearMisses().size());
     EXPECT_EQ(QStringLiteral("occurrence"), inspector()->nearMisses()[1].conditions.back().name);
     EXPECT_EQ(QStringLiteral("2"), inspector()->nearMisses()[1].conditions.back().actual);
+
+    EXPECT_EQ(nullptr, find("{text='ok' type='Button'}.child")) << "the prefix is what failed";
+    EXPECT_EQ(3u, inspector()->nearMisses().size());
 
     for (int i = 0; i < 30; ++i) {
         toolkit.root.add("more", "Button", "no");

@@ -2,7 +2,7 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/inspector.h"
-#include "objectmodel/primitiveids.h"
+#include "objectmodel/primitivevalue_p.h"
 
 #include <algorithm>
 
@@ -15,7 +15,7 @@ enum class TextShape { None, Character, Text, TextList };
 /** What native code finds behind a pointer to a "char"; reading it in another shape would overrun. */
 TextShape textShape(const Class *c, const ObjectAttribute &attribute)
 {
-    if (!c || c->id() != PrimitiveId::Char) {
+    if (primitiveKind(c) != PrimitiveKind::Char) {
         return TextShape::None;
     }
     if (attribute.isPointer() && attribute.isArray()) {
@@ -88,7 +88,7 @@ QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declare
     if (value->isNull()) {
         return QStringLiteral("null object given, %1 expected").arg(type);
     }
-    if (declared.enumType() && value->isA(Inspector::self()->type(PrimitiveId::Char))) {
+    if (declared.enumType() && primitiveKind(value->type()) == PrimitiveKind::Char) {
         return QStringLiteral("'%1' is no key of %2").arg(value->toString(),
                                                           declared.enumType()->name());
     }

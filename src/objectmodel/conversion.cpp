@@ -45,6 +45,9 @@ class ComparisonScope
 public:
     ComparisonScope(const Class *c, void *a, void *b) : m_pair(c, a, b)
     {
+        static thread_local int number = 0;
+        number = pairs().empty() ? 1 : number + 1;
+        m_number = number;
         m_again = std::find(pairs().begin(), pairs().end(), m_pair) != pairs().end();
         pairs().push_back(m_pair);
     }
@@ -52,11 +55,15 @@ public:
     Q_DISABLE_COPY(ComparisonScope)
 
     bool isRepeated() const { return m_again; }
-    /** Getters that make a new object on every read could go on for ever. */
-    bool isTooDeep() const { return pairs().size() > maximumDepth; }
+    /**
+     * Getters that make a new object on every read could go on for ever, and a
+     * dense graph has more ways through it than anybody can wait for.
+     */
+    bool isTooMuch() const { return pairs().size() > maximumDepth || m_number > maximumPairs; }
 
 private:
     static constexpr std::size_t maximumDepth = 256;
+    static constexpr int maximumPairs = 1000000;
     // A first member has the address of the whole, so the class belongs to the pair.
     using Pair = std::tuple<const Class *, void *, void *>;
     static std::vector<Pair> &pairs()
@@ -67,6 +74,7 @@ private:
 
     Pair m_pair;
     bool m_again;
+    int m_number;
 };
 
 bool equalProperties(const Class *c, const SharedPtr<Object> &a, const SharedPtr<Object> &b)
@@ -303,7 +311,7 @@ bool Class::compareProperties(const SharedPtr<Object> &a, const SharedPtr<Object
     if (scope.isRepeated()) {
         return true;
     }
-    return !scope.isTooDeep() && equalProperties(c, a, b);
+    return !scope.isTooMuch() && equalProperties(c, a, b);
 }
 
 bool Class::sameObjects(SharedPtr<Object> a, SharedPtr<Object> b) const

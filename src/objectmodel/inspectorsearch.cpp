@@ -44,12 +44,6 @@ QString resolvedName(const QString &name)
     return isSymbolic(name) ? name.mid(1) : name;
 }
 
-bool isInObjectMap(const QString &symbolicName)
-{
-    const ObjectMap *map = ObjectMap::self();
-    return map && map->symbolicNames().contains(symbolicName);
-}
-
 void followPath(Path &path, const QStringList &components)
 {
     for (const QString &component : components) {
@@ -107,9 +101,7 @@ QString pathText(const QString &name, const Path &path)
             + QLatin1String("' under '") + path.resolved.join(QLatin1Char('.'))
             + QLatin1Char('\'');
     }
-    return isSymbolic(name) && !isInObjectMap(name)
-        ? QStringLiteral(" Object name not found in Object Map.")
-        : QString();
+    return isSymbolic(name) ? QStringLiteral(" Object name not found in Object Map.") : QString();
 }
 
 } // namespace
@@ -228,7 +220,7 @@ void InspectorPrivate::explainFailure(SearchScope &scope, const ObjectName &name
     askDelegates(name);
     scope.explaining = false;
     reportedNames << scope.reportedNames;
-    if (scope.isOutermost()) {
+    if (scope.isOfInterest()) {
         nearMisses = std::move(scope.nearMisses);
     }
 }

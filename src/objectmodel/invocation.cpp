@@ -93,6 +93,12 @@ bool reportUnwritable(const Property *property)
     return false;
 }
 
+bool reportMissingValue(const Property *property)
+{
+    setError(QStringLiteral("Cannot set property %1 without a value").arg(property->name()));
+    return false;
+}
+
 bool reportUnconvertible(const SharedPtr<Object> &value, const Property *property)
 {
     const QString wanted = property->type() ? property->type()->className() : QString();
@@ -466,16 +472,17 @@ bool Class::setProperty(SharedPtr<Object> object, const Property *property,
         return false;
     }
     void *data = nullptr;
-    void *newData = nullptr;
     convert(object, &data);
-    SharedPtr<Object> fitting;
-    if (value) {
-        fitting = adapted(value, property->argument());
-        if (!fitting) {
-            return reportUnconvertible(value, property);
-        }
-        fitting->get(&newData);
+    if (!value) {
+        return property->argument().isPointer() ? setProperty(property->id(), data, nullptr)
+                                                : reportMissingValue(property);
     }
+    const SharedPtr<Object> fitting = adapted(value, property->argument());
+    if (!fitting) {
+        return reportUnconvertible(value, property);
+    }
+    void *newData = nullptr;
+    fitting->get(&newData);
     return setProperty(property->id(), data, newData);
 }
 

@@ -214,6 +214,7 @@ void Method::deprecate(const QString &message)
 SharedPtr<Object> Method::invoke(SharedPtr<Object> object, const ObjectList &arguments) const
 {
     if (!m_owner) {
+        Inspector::self()->setError(QStringLiteral("Function not available"));
         return {};
     }
     if (isDeprecated() && !m_deprecationReported) {
@@ -242,6 +243,7 @@ Constructor::~Constructor() = default;
 SharedPtr<Object> Constructor::construct(const ObjectList &arguments) const
 {
     if (!m_owner) {
+        printDiagnostic("Class::construct: No matching constructor found\n");
         return {};
     }
     return m_owner->mutableSelf()->construct(m_id, arguments, this);

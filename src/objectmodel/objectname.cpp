@@ -63,19 +63,6 @@ ObjectName resolved(const QString &name)
     return ObjectName(isSymbolic(name) ? name.mid(1) : name);
 }
 
-QString operatorText(PropertyValue::Modifiers mode)
-{
-    switch (mode) {
-    case PropertyValue::RegExp:
-        return QStringLiteral("~=");
-    case PropertyValue::Wildcard:
-        return QStringLiteral("?=");
-    case PropertyValue::Equals:
-        break;
-    }
-    return QStringLiteral("=");
-}
-
 QString quoted(const QString &value)
 {
     QString escaped = value;
@@ -177,6 +164,19 @@ bool isTextAfterName(const QString &text, int index)
 }
 
 } // namespace
+
+QLatin1String operatorText(PropertyValue::Modifiers mode)
+{
+    switch (mode) {
+    case PropertyValue::RegExp:
+        return QLatin1String("~=");
+    case PropertyValue::Wildcard:
+        return QLatin1String("?=");
+    case PropertyValue::Equals:
+        break;
+    }
+    return QLatin1String("=");
+}
 
 /** The regular expression of a condition, shared by the copies of the condition. */
 class PropertyPattern

@@ -30,6 +30,9 @@ public:
  */
 bool parseName(const QString &text, int *index, QString *error, NameVisitor *visitor);
 
+/** "=", "~=" or "?=". */
+QLatin1String operatorText(PropertyValue::Modifiers mode);
+
 } // namespace Vantrel
 
 #endif // VANTREL_OBJECTNAMEPARSER_P_H

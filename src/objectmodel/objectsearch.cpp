@@ -2,6 +2,7 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/inspector.h"
+#include "objectmodel/objectnameparser_p.h"
 #include "objectmodel/objectsearch_p.h"
 #include "objectmodel/primitiveids.h"
 
@@ -14,19 +15,6 @@ namespace {
 constexpr std::size_t maximumNearMisses = 10;
 
 SearchScope *innermost = nullptr;
-
-QLatin1String operatorText(PropertyValue::Modifiers mode)
-{
-    switch (mode) {
-    case PropertyValue::RegExp:
-        return QLatin1String("~=");
-    case PropertyValue::Wildcard:
-        return QLatin1String("?=");
-    case PropertyValue::Equals:
-        break;
-    }
-    return QLatin1String("=");
-}
 
 /** A text that somebody may have meant: other case, or a part of the other. */
 bool isClose(const NearMiss::Condition &condition)
@@ -80,7 +68,6 @@ struct ObjectMatcher::Notes
     QString name;
     /** Best first, at most maximumNearMisses. */
     std::vector<NearMiss> best;
-    bool found = false;
 };
 
 ObjectMatcher::ObjectMatcher(const ObjectName &name)
@@ -95,7 +82,7 @@ ObjectMatcher::ObjectMatcher(const ObjectName &name)
     if (SearchScope *scope = SearchScope::current()) {
         scope->usedMatcher = true;
         if (scope->explaining) {
-            m_notes = new Notes{scope, name.qualifiedName(), {}, false};
+            m_notes = new Notes{scope, name.qualifiedName(), {}};
         }
     }
 }
@@ -131,7 +118,7 @@ ObjectMatcher::~ObjectMatcher()
 
 bool ObjectMatcher::offer(const SharedPtr<Object> &candidate)
 {
-    if (!candidate) {
+    if (!candidate || candidate->isNull()) {
         return false;
     }
     const auto holdsByReflection = [&candidate](const Condition &condition, QString *actual) {

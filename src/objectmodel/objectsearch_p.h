@@ -20,6 +20,8 @@ public:
 
     bool isOutermost() const { return !m_outer; }
     const QString &name() const { return m_name; }
+    /** Whether a caller who failed would want to hear of the candidates of this very name. */
+    bool isOfInterest() const { return !m_outer || !isMultiPropertyName(m_outer->m_name); }
 
     bool usedMatcher = false;
     bool explaining = false;
