@@ -300,3 +300,32 @@ TEST(Namespace, ListsChildrenInOrderAndByName)
     new TestClass("NtC", a);
     EXPECT_TRUE(a->containsIdentifier(QStringLiteral("NtC")));
 }
+
+TEST(Class, DiesOfBeingItsOwnAncestor)
+{
+    class Relinked : public TestClass
+    {
+    public:
+        using Class::setSuperClass;
+        using TestClass::TestClass;
+    };
+    Relinked &base = *new Relinked("CtRingBase");
+    const Relinked &derived = *new Relinked("CtRingDerived", &base);
+    EXPECT_EQ(&base, derived.super());
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(base.setSuperClass(&derived),
+                 "Cannot make Class CtRingDerived the super class of "
+                 "Class CtRingBase, from which it derives");
+    EXPECT_DEATH(base.setSuperClass(&base), "CtRingBase");
+}
+
+TEST(Class, LeavesTypeNamesThatAreNestedTooDeepAsTheyAre)
+{
+    const Class *c = primitive(PrimitiveId::Int);
+    EXPECT_EQ(QStringLiteral("A<const B&,C*>"), c->realType(QStringLiteral("A<const B&,C*>")));
+    const int depth = 100000;
+    const QString templates = QStringLiteral("A<").repeated(depth) + QString(depth, u'>');
+    EXPECT_EQ(templates, c->realType(templates));
+    EXPECT_FALSE(c->realType(QString(depth, u'*')).isEmpty());
+    EXPECT_FALSE(c->realType(QStringLiteral("const ").repeated(depth)).isEmpty());
+}

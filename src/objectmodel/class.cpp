@@ -6,6 +6,7 @@
 #include "objectmodel/inspector.h"
 #include "objectmodel/namespace.h"
 #include "objectmodel/object.h"
+#include "objectmodel/recursion_p.h"
 
 #include <algorithm>
 
@@ -38,7 +39,9 @@ const T *memberById(const Class *c, int id, Class::OffsetType kind,
         if (id >= offset) {
             ClassPrivate *d = ClassPrivate::get(c);
             (d->*build)(c);
-            return (d->*table).value(id - offset);
+            // An undeclared ancestor makes the offset negative.
+            const qint64 index = qint64(id) - offset;
+            return index < (d->*table).size() ? (d->*table).at(int(index)) : nullptr;
         }
     }
     return nullptr;
@@ -59,6 +62,9 @@ const T *memberByName(const Class *c, const QString &name, QVector<const T *> Cl
     }
     return nullptr;
 }
+
+/** Type names nested deeper than this, which nobody writes, are left as they are. */
+constexpr int maximumTypeDepth = 256;
 
 // An address to compare with, known before any constructor runs.
 char uninitializedSuperClass;
@@ -229,6 +235,13 @@ const Class *Class::super() const
 
 void Class::setSuperClass(const Class *superClass)
 {
+    // A circle would have no end for whoever walks along the super classes.
+    for (const Class *c = superClass; c && c != uninitialized; c = c->d->superClass) {
+        if (c == this) {
+            fatalError("Cannot make Class %s the super class of Class %s, from which it derives",
+                       superClass->d->name.constData(), d->name.constData());
+        }
+    }
     d->superClass = superClass;
 }
 
@@ -508,6 +521,10 @@ void Class::deleteObjectData(void *, const ObjectAttribute &) const { }
 
 QString Class::realType(const QString &type)
 {
+    const RecursionDepth<Class> depth;
+    if (depth.value() > maximumTypeDepth) {
+        return type;
+    }
     QString t = type;
     QString qualifiers;
     for (const QChar c : {QChar(u'*'), QChar(u'&')}) {

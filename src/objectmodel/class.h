@@ -254,6 +254,7 @@ public:
     bool convert(SharedPtr<Object> object, void **data) const;
 
 protected:
+    /** A @p superClass that is this class or derives from it is fatal. */
     void setSuperClass(const Class *superClass);
     void setNumMethods(int count);
     void setNumConstructors(int count);
