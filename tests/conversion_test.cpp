@@ -351,6 +351,46 @@ TEST(Comparison, EndsOnCircles)
     c.onGet = nullptr;
 }
 
+TEST(Comparison, LooksAtEachPairOnce)
+{
+    struct Node
+    {
+        int value;
+        Node *left;
+        Node *right;
+    };
+    TestClass &c = *new TestClass("CqNode");
+    c.addProperty("left", Argument(&c)).addProperty("right", Argument(&c));
+    c.addProperty("value", intArgument());
+    int reads = 0;
+    c.onGet = [&](int id, void *data) {
+        ++reads;
+        const auto *node = static_cast<Node *>(data);
+        return id == 2 ? inspector()->createPrimitive(node->value)
+                       : object(c, id == 0 ? node->left : node->right);
+    };
+    // Both ways lead on to the same object, from level to level.
+    constexpr int levels = 60;
+    std::vector<Node> a(levels + 1), b(levels + 1);
+    for (int i = 0; i < levels; ++i) {
+        a[i] = {1, &a[i + 1], &a[i + 1]};
+        b[i] = {1, &b[i + 1], &b[i + 1]};
+    }
+    EXPECT_TRUE(object(c, &a[0])->compare(object(c, &b[0])));
+    EXPECT_LE(reads, 2 * 3 * (levels + 1));
+    b[levels].value = 2;
+    EXPECT_FALSE(object(c, &a[0])->compare(object(c, &b[0])));
+    EXPECT_TRUE(object(c, &a[levels])->compare(object(c, &a[levels])));
+
+    // A pair that is equal only if another one is, is not equal when that one is not.
+    Node x{1, nullptr, nullptr}, y{1, nullptr, nullptr}, xInner{1, &x, nullptr},
+        yInner{1, &y, nullptr};
+    x = {1, &xInner, nullptr};
+    y = {2, &yInner, nullptr};
+    EXPECT_FALSE(object(c, &xInner)->compare(object(c, &yInner)));
+    c.onGet = nullptr;
+}
+
 TEST(Comparison, TellsAFirstMemberFromTheWhole)
 {
     struct Inner { int value; };

@@ -4,8 +4,9 @@
 #include "objectmodel/class_p.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/object.h"
+#include "objectmodel/recursion_p.h"
 
-#include <algorithm>
+#include <set>
 #include <tuple>
 #include <vector>
 
@@ -36,46 +37,79 @@ bool isAncestor(const Class *target, const Class *c)
 }
 
 /**
- * The pairs that are being compared right now, innermost last. Objects may
- * refer to each other in circles; a pair that is met again inside its own
- * comparison adds nothing to it and counts as equal.
+ * The comparison of one pair of objects by their properties. Objects may refer
+ * to each other in circles, and to the same objects on many ways: a pair that
+ * is met again within the outermost comparison adds nothing and counts as equal.
  */
 class ComparisonScope
 {
 public:
-    ComparisonScope(const Class *c, void *a, void *b) : m_pair(c, a, b)
-    {
-        static thread_local int number = 0;
-        number = pairs().empty() ? 1 : number + 1;
-        m_number = number;
-        m_again = std::find(pairs().begin(), pairs().end(), m_pair) != pairs().end();
-        pairs().push_back(m_pair);
-    }
-    ~ComparisonScope() { pairs().pop_back(); }
+    ComparisonScope(const SharedPtr<Object> &a, const SharedPtr<Object> &b);
+    ~ComparisonScope();
     Q_DISABLE_COPY(ComparisonScope)
 
-    bool isRepeated() const { return m_again; }
-    /**
-     * Getters that make a new object on every read could go on for ever, and a
-     * dense graph has more ways through it than anybody can wait for.
-     */
-    bool isTooMuch() const { return pairs().size() > maximumDepth || m_number > maximumPairs; }
+    bool isRepeated() const { return m_isRepeated; }
+    /** Getters that make a new object on every read could go on for ever. */
+    bool isTooDeep() const { return m_depth.value() > maximumDepth; }
+    /** Without a call, the objects count as unequal. */
+    bool setEqual(bool isEqual) { return m_isEqual = isEqual; }
 
 private:
-    static constexpr std::size_t maximumDepth = 256;
-    static constexpr int maximumPairs = 1000000;
+    static constexpr int maximumDepth = 256;
     // A first member has the address of the whole, so the class belongs to the pair.
     using Pair = std::tuple<const Class *, void *, void *>;
-    static std::vector<Pair> &pairs()
+    struct Compared
     {
-        static thread_local std::vector<Pair> stack;
-        return stack;
-    }
+        Pair pair;
+        // Held, so that no other object gets their place in memory.
+        SharedPtr<Object> a;
+        SharedPtr<Object> b;
+    };
+    struct Record
+    {
+        std::set<Pair> known;
+        std::vector<Compared> inOrder;
+    };
 
-    Pair m_pair;
-    bool m_again;
-    int m_number;
+    const RecursionDepth<ComparisonScope> m_depth;
+    Record m_ownRecord;
+    /** A pointer, because comparisons may be asked for at exit. */
+    static thread_local Record *record;
+    std::size_t m_first;
+    bool m_isRepeated;
+    bool m_isEqual = false;
 };
+
+thread_local ComparisonScope::Record *ComparisonScope::record = nullptr;
+
+ComparisonScope::ComparisonScope(const SharedPtr<Object> &a, const SharedPtr<Object> &b)
+{
+    if (!record) {
+        record = &m_ownRecord;
+    }
+    m_first = record->inOrder.size();
+    Pair pair(a->type(), nullptr, nullptr);
+    a->get(&std::get<1>(pair));
+    b->get(&std::get<2>(pair));
+    m_isRepeated = !record->known.insert(pair).second;
+    if (!m_isRepeated) {
+        record->inOrder.push_back({pair, a, b});
+    }
+}
+
+ComparisonScope::~ComparisonScope()
+{
+    if (!m_isEqual && !m_isRepeated) {
+        // What was found equal within may rest on this pair being so.
+        for (std::size_t i = m_first; i < record->inOrder.size(); ++i) {
+            record->known.erase(record->inOrder[i].pair);
+        }
+        record->inOrder.resize(m_first);
+    }
+    if (record == &m_ownRecord) {
+        record = nullptr;
+    }
+}
 
 bool equalProperties(const Class *c, const SharedPtr<Object> &a, const SharedPtr<Object> &b)
 {
@@ -303,15 +337,11 @@ bool Class::compareProperties(const SharedPtr<Object> &a, const SharedPtr<Object
     if (a->isNull() || b->isNull()) {
         return a->isNull() && b->isNull();
     }
-    void *aData = nullptr;
-    void *bData = nullptr;
-    a->get(&aData);
-    b->get(&bData);
-    const ComparisonScope scope(c, aData, bData);
+    ComparisonScope scope(a, b);
     if (scope.isRepeated()) {
         return true;
     }
-    return !scope.isTooMuch() && equalProperties(c, a, b);
+    return scope.setEqual(!scope.isTooDeep() && equalProperties(c, a, b));
 }
 
 bool Class::sameObjects(SharedPtr<Object> a, SharedPtr<Object> b) const
