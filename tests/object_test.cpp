@@ -237,6 +237,27 @@ TEST(Object, KeepsTheOwnerOfSharedDataAlive)
     c.onDelete = nullptr;
 }
 
+TEST(Object, KeepsReplacedDataForTheViewsOfIt)
+{
+    TestClass &c = *new TestClass("OtReplaced");
+    std::vector<void *> deleted;
+    c.onDelete = [&](void *data) { deleted.push_back(data); };
+    int data[4] = {};
+    SharedPtr<Object> object(new Object(data, &c, ObjectAttribute()));
+    object->setAutoDelete(true);
+    SharedPtr<Object> first = object->reference();
+    object->put(data + 1);
+    object->put(data + 2);
+    SharedPtr<Object> second = object->reference();
+    object->put(data + 3);
+    object.reset();
+    EXPECT_EQ((std::vector<void *>{data + 1}), deleted) << "what nobody looks at goes at once";
+    first.reset();
+    second.reset();
+    EXPECT_EQ(4u, deleted.size());
+    c.onDelete = nullptr;
+}
+
 TEST(Object, AsksItsHierarchyDelegate)
 {
     const TestClass &base = *new TestClass("OtTreeBase");
@@ -308,9 +329,14 @@ TEST(Object, ConvertsByDelegateThenByClass)
     EXPECT_EQ(QStringLiteral("<null>"), null->toString());
     EXPECT_EQ(5, null->toInteger());
 
-    // A conversion that gives the handle back is not asked again and again.
+    // A conversion that gives the handle back, or never the primitive class, ends.
     c.onConvert = [](SharedPtr<Object> o, const Class *) { return o; };
     EXPECT_EQ(QString(), object->toString());
+    c.onConvert = [&c](SharedPtr<Object>, const Class *) {
+        return SharedPtr<Object>(new Object(&value, &c, ObjectAttribute()));
+    };
+    EXPECT_EQ(QString(), object->toString());
+    EXPECT_EQ(0.0, object->toDouble());
     c.onCanConvert = nullptr;
 }
 

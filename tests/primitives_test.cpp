@@ -657,3 +657,35 @@ TEST(PrimitiveStream, MistrustsWhatItReads)
     EXPECT_EQ(QDataStream::ReadPastEnd, read(lines, QByteArray::fromHex("000000027800")));
     EXPECT_EQ("[ a, b ] : char*[]", debugText(lines));
 }
+
+TEST(Primitives, LeaveOldValuesToTheViewsOfThem)
+{
+    const Handle word = text("abc");
+    const Handle letter = word->dereference();
+    word->fromString("another text");
+    EXPECT_EQ("a : char", debugText(letter));
+    const Handle number = single("int", 5);
+    const Handle pointer = number->reference();
+    number->castTo(classNamed("double"));
+    EXPECT_EQ("5 : int", debugText(pointer));
+    const Handle none(classNamed("int")->wrap(
+        nullptr, ObjectAttribute(ObjectAttribute::PointerFlag | ObjectAttribute::ArrayFlag)));
+    none->fromInteger(1);
+    EXPECT_EQ("0 : int", debugText(none->dereference())) << "an array without elements";
+}
+
+TEST(Primitives, ConstructNothingWhereNothingIsWrapped)
+{
+    class Unwrapped : public PrimitiveClass
+    {
+    public:
+        Unwrapped() : PrimitiveClass("PrimitivesTestUnwrapped", 2) {}
+        Handle wrap(void *, const ObjectAttribute &) override { return {}; }
+
+    private:
+        void initSuperClass() override { setSuperClass(classNamed("char")); }
+    };
+    const Class *c = new Unwrapped;
+    EXPECT_TRUE(c->construct(ObjectList()).isNull());
+    EXPECT_TRUE(c->construct(ObjectList{text("x")}).isNull());
+}

@@ -6,6 +6,7 @@
 #include "objectmodel/inspector.h"
 #include "objectmodel/namespace.h"
 #include "objectmodel/primitiveids.h"
+#include "objectmodel/recursion_p.h"
 
 #include <QMutex>
 #include <QMutexLocker>
@@ -23,6 +24,8 @@ constexpr quint32 noIndex = 0xFFFFFFFFu;
 // depth, and behind this many objects, their plain text stands for them.
 constexpr int maximumDebugDepth = 64;
 constexpr int maximumDebugObjects = 10000;
+/** Conversions that lead from class to class without reaching the primitive one end here. */
+constexpr int maximumConversions = 16;
 
 /** The class of invalidated objects. It has no members, so that whatever is asked of it fails. */
 class ClassOfTheDead : public Class
@@ -89,7 +92,8 @@ private:
 UserData::~UserData() = default;
 
 Object::Object(void *data, const Class *c, const ObjectAttribute &attribute)
-    : m_data(data), m_class(c), m_attribute(attribute), m_autoDelete(false), m_invalid(false)
+    : m_data(data), m_class(c), m_attribute(attribute), m_autoDelete(false), m_invalid(false),
+      m_isViewed(false)
 {
 }
 
@@ -107,6 +111,12 @@ Object::~Object()
     delete m_userData;
     if (m_autoDelete) {
         m_class->deleteObjectData(m_data, m_attribute);
+    }
+    // One after the other: a long chain would exhaust the stack.
+    while (m_origin && m_origin->referenceCount() == 1) {
+        SharedPtr<Object> next;
+        next.swap(m_origin->m_origin);
+        m_origin.swap(next);
     }
 }
 
@@ -127,20 +137,42 @@ QString Object::className() const
 
 void Object::put(void *data)
 {
-    delete m_userData;
-    m_userData = nullptr;
+    put(data, m_class);
+}
+
+void Object::put(void *data, const Class *former)
+{
+    delete std::exchange(m_userData, nullptr);
+    if (m_origin && m_origin->m_data == m_data) {
+        m_origin.reset();
+    }
     if (m_autoDelete) {
-        m_class->deleteObjectData(m_data, objectAttribute());
+        releaseData(former);
     }
     m_data = data;
-    m_origin.reset();
+}
+
+/** Frees the data; what views may refer to stays as long as this handle, which they keep alive. */
+void Object::releaseData(const Class *c)
+{
+    if (!m_isViewed) {
+        c->deleteObjectData(m_data, objectAttribute());
+        return;
+    }
+    const SharedPtr<Object> keeper(new Object(m_data, c, objectAttribute()));
+    keeper->setAutoDelete(true);
+    keeper->m_origin.swap(m_origin);
+    m_origin = keeper;
+    m_isViewed = false;
 }
 
 void Object::setOrigin(const SharedPtr<Object> &origin)
 {
-    // A view that owns nothing is passed over: views of views must not make a
-    // chain, which would grow without end and be destroyed recursively.
-    m_origin = origin->m_origin && !origin->m_autoDelete ? origin->m_origin : origin;
+    // A view of the same data is passed over: views of views must not make a
+    // chain, which would grow without end.
+    const bool isView = origin->m_origin && origin->m_origin->m_data == origin->m_data;
+    m_origin = isView ? origin->m_origin : origin;
+    m_origin->m_isViewed = true;
 }
 
 ObjectAttribute Object::objectAttribute()
@@ -175,7 +207,8 @@ void Object::generateIndex() const
     if (m_index != noIndex) {
         return;
     }
-    static QMutex mutex;
+    // Not destroyed at exit, unlike a QMutex.
+    static QBasicMutex mutex;
     static quint32 next = 0;
     const QMutexLocker lock(&mutex);
     m_index = next++;
@@ -348,6 +381,18 @@ SharedPtr<Object> Object::convertedToPrimitive(int classId) const
     return converted.get() == this ? SharedPtr<Object>() : converted;
 }
 
+/** What @p read says of the object once it is of the primitive class, or else @p none. */
+template <class Value, class Read>
+Value Object::readAsPrimitive(int classId, Value none, Read read) const
+{
+    const RecursionDepth<Object> depth;
+    if (depth.value() > maximumConversions) {
+        return none;
+    }
+    const SharedPtr<Object> converted = convertedToPrimitive(classId);
+    return converted ? read(*converted) : none;
+}
+
 QString Object::toString()
 {
     if (isNull()) {
@@ -356,9 +401,9 @@ QString Object::toString()
     if (ConversionDelegate *delegate = conversionDelegate(ConversionDelegate::StringCapability)) {
         return delegate->toString(self());
     }
-    const SharedPtr<Object> converted = convertedToPrimitive(PrimitiveId::Char);
     // Not a null text, which would be another one in a stream.
-    return converted ? converted->toString() : QString(QLatin1String(""));
+    return readAsPrimitive(PrimitiveId::Char, QString(QLatin1String("")),
+                           [](Object &text) { return text.toString(); });
 }
 
 int Object::toInteger() const
@@ -366,8 +411,7 @@ int Object::toInteger() const
     if (ConversionDelegate *delegate = conversionDelegate(ConversionDelegate::IntegerCapability)) {
         return delegate->toInteger(self());
     }
-    const SharedPtr<Object> converted = convertedToPrimitive(PrimitiveId::Int);
-    return converted ? converted->toInteger() : 0;
+    return readAsPrimitive(PrimitiveId::Int, 0, [](Object &number) { return number.toInteger(); });
 }
 
 qint64 Object::toInt64() const
@@ -375,8 +419,8 @@ qint64 Object::toInt64() const
     if (ConversionDelegate *delegate = conversionDelegate(ConversionDelegate::Int64Capability)) {
         return delegate->toInt64(self());
     }
-    const SharedPtr<Object> converted = convertedToPrimitive(PrimitiveId::Int64);
-    return converted ? converted->toInt64() : 0;
+    return readAsPrimitive(PrimitiveId::Int64, qint64(0),
+                           [](Object &number) { return number.toInt64(); });
 }
 
 double Object::toDouble() const
@@ -384,8 +428,8 @@ double Object::toDouble() const
     if (ConversionDelegate *delegate = conversionDelegate(ConversionDelegate::DoubleCapability)) {
         return delegate->toDouble(self());
     }
-    const SharedPtr<Object> converted = convertedToPrimitive(PrimitiveId::Double);
-    return converted ? converted->toDouble() : 0.0;
+    return readAsPrimitive(PrimitiveId::Double, 0.0,
+                           [](Object &number) { return number.toDouble(); });
 }
 
 bool Object::toBoolean() const
@@ -393,8 +437,8 @@ bool Object::toBoolean() const
     if (ConversionDelegate *delegate = conversionDelegate(ConversionDelegate::BooleanCapability)) {
         return delegate->toBoolean(self());
     }
-    const SharedPtr<Object> converted = convertedToPrimitive(PrimitiveId::Bool);
-    return converted && converted->toBoolean();
+    return readAsPrimitive(PrimitiveId::Bool, false,
+                           [](Object &truth) { return truth.toBoolean(); });
 }
 
 void Object::fromString(const QString &value)

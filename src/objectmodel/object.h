@@ -148,6 +148,8 @@ protected:
     void *data() const { return m_data; }
     /** Exchanges the data pointer alone: nothing is freed and user data stays. */
     void setData(void *data) { m_data = data; }
+    /** put() for a handle that was retyped: the old data is still of class @p former. */
+    void put(void *data, const Class *former);
 
 private:
     friend class Class;
@@ -175,10 +177,13 @@ private:
     ConversionDelegate *setupConversionDelegate() const;
     ComparisonDelegate *setupComparisonDelegate() const;
     void clearDelegates();
-    /** Makes this handle, which shares the data of @p origin, keep the data's owner alive. */
+    /** Makes this handle, which shares the data of @p origin, keep that data alive. */
     void setOrigin(const SharedPtr<Object> &origin);
+    void releaseData(const Class *c);
     ConversionDelegate *conversionDelegate(int capability) const;
     SharedPtr<Object> convertedToPrimitive(int classId) const;
+    template <class Value, class Read>
+    Value readAsPrimitive(int classId, Value none, Read read) const;
     QString propertiesToDebugString();
 
     void *m_data;
@@ -192,7 +197,10 @@ private:
     mutable quint32 m_index = 0xFFFFFFFFu;
     bool m_autoDelete : 1;
     bool m_invalid : 1;
+    /** Whether other handles may share the data. */
+    bool m_isViewed : 1;
     Watch m_watch;
+    /** Whose data this handle shares, or what keeps replaced data for those that shared it. */
     SharedPtr<Object> m_origin;
 
     /**

@@ -83,7 +83,11 @@ ObjectAttribute naturalAttribute(Kind kind)
 SharedPtr<Object> owned(const Class *c, void *data, const ObjectAttribute &attribute)
 {
     SharedPtr<Object> result = c->wrap(data, attribute);
-    result->setAutoDelete(true);
+    if (result) {
+        result->setAutoDelete(true);
+    } else {
+        Value(primitiveKind(c), data, attribute).deallocate();
+    }
     return result;
 }
 
@@ -162,7 +166,7 @@ SharedPtr<Object> makePrimitive(const QStringList &value)
 {
     const ObjectAttribute attribute(ObjectAttribute::PointerFlag | ObjectAttribute::ArrayFlag,
                                     value.size());
-    auto **texts = new char *[value.size()];
+    auto **texts = static_cast<char **>(Value(Kind::Char, nullptr, attribute).allocate());
     for (int i = 0; i < value.size(); ++i) {
         texts[i] = qstrdup(value.at(i).toUtf8().constData());
     }
@@ -437,27 +441,25 @@ void PrimitiveObject::fromBoolean(bool value)
 SharedPtr<Object> PrimitiveObject::castTo(const Class *target)
 {
     const Value source = Value::of(this);
+    const Class *const former = type();
     SharedPtr<Object> result = Object::castTo(target);
     const Value retyped = Value::of(this);
     if (!source.isReadable() || !retyped.isReadable() || source.sharesStorageWith(retyped)) {
         return result;
     }
-    const bool wasOwned = isAutoDelete();
-    // The class would free the old data as if it were of the new type.
-    setAutoDelete(false);
-    replaceData(source.reinterpretedAs(retyped));
-    if (wasOwned) {
-        source.deallocate();
-    }
+    replaceData(source.reinterpretedAs(retyped), former);
     return result;
 }
 
-/** Puts @p data and owns it. The value changes, but not what clients attached to the handle. */
-void PrimitiveObject::replaceData(void *data)
+/**
+ * Puts @p data and owns it; the old data is of class @p former. The value
+ * changes, but not what clients attached to the handle.
+ */
+void PrimitiveObject::replaceData(void *data, const Class *former)
 {
     UserData *kept = userData();
     setUserData(nullptr);
-    put(data);
+    put(data, former);
     setUserData(kept);
     setAutoDelete(true);
 }
@@ -465,7 +467,7 @@ void PrimitiveObject::replaceData(void *data)
 void PrimitiveObject::setText(const QByteArray &text)
 {
     const bool wasList = Value::of(this).shape() == Value::List;
-    replaceData(qstrdup(text.constData()));
+    replaceData(qstrdup(text.constData()), type());
     if (wasList) {
         const int flags = objectAttribute().getFlags() & ~ObjectAttribute::ArrayFlag;
         setObjectAttribute(ObjectAttribute(flags));
@@ -499,7 +501,7 @@ void PrimitiveObject::ensureData(PrimitiveValue *value)
 {
     if (!value->data()) {
         value->setData(value->allocate());
-        replaceData(value->data());
+        replaceData(value->data(), type());
     }
 }
 
@@ -535,12 +537,12 @@ void PrimitiveObject::streamTexts(QDataStream &stream)
         return;
     }
     if (value.shape() == Value::Text) {
-        replaceData(texts.front().release());
+        replaceData(texts.front().release(), type());
         return;
     }
-    auto **list = new char *[texts.size()];
+    auto **list = static_cast<char **>(value.allocate());
     std::transform(texts.begin(), texts.end(), list, [](auto &text) { return text.release(); });
-    replaceData(list);
+    replaceData(list, type());
 }
 
 VantrelClass_short::VantrelClass_short() : PrimitiveClass("short", 2) {}

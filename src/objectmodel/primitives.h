@@ -139,7 +139,7 @@ public:
     SharedPtr<Object> castTo(const Class *target) override;
 
 private:
-    void replaceData(void *data);
+    void replaceData(void *data, const Class *former);
     void ensureData(PrimitiveValue *value);
     void setText(const QByteArray &text);
     template <class T>

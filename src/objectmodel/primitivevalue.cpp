@@ -120,6 +120,8 @@ PrimitiveValue::Shape PrimitiveValue::shapeOf(PrimitiveKind kind, const ObjectAt
 
 void *PrimitiveValue::allocate() const
 {
+    // A pointer to an empty array can be dereferenced as well.
+    const int room = qMax(1, m_count);
     switch (m_shape) {
     case Character:
         // The second NUL is for native code that takes any char pointer for a text. Not an
@@ -128,13 +130,13 @@ void *PrimitiveValue::allocate() const
     case Text:
         return new char[1]();
     case List:
-        return new char *[m_count]();
+        return new char *[room]();
     default:
         break;
     }
-    return withNative(m_kind, [this](auto native) -> void * {
+    return withNative(m_kind, [this, room](auto native) -> void * {
         using T = typename decltype(native)::Type;
-        return m_shape == Array ? new T[m_count]() : new T();
+        return m_shape == Array ? new T[room]() : new T();
     });
 }
 
