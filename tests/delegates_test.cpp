@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 using namespace Vantrel;
 using namespace VantrelTest;
 
@@ -149,6 +151,9 @@ TEST(GeometryDelegate, TranslatesByTheGlobalBounds)
     }
     delegate.bounds = {1, 2, 0, 0};
     EXPECT_TRUE(delegate.relativeToGlobal({}, 5, 5).valid);
+    const int most = std::numeric_limits<int>::max();
+    EXPECT_EQ(most, delegate.relativeToGlobal({}, most, 0).x);
+    EXPECT_EQ(-most - 1, delegate.globalToRelative({}, 0, -most).y);
 }
 
 TEST(ObjectHierarchyDelegate, FindsTheParentThroughAllObjects)
@@ -161,4 +166,38 @@ TEST(ObjectHierarchyDelegate, FindsTheParentThroughAllObjects)
     EXPECT_TRUE(family.parent({}).isNull());
     const SharedPtr<Object> stranger(new Object(&family, &c, ObjectAttribute::Pointer()));
     EXPECT_TRUE(stranger->parent().isNull());
+}
+
+TEST(ObjectHierarchyDelegate, FindsNoParentInACircle)
+{
+    const TestClass &c = *new TestClass("DtCircle");
+    /** Everything is below everything, and there is nothing beside it. */
+    class Circle : public Family
+    {
+    public:
+        using Family::Family;
+        ObjectList children(SharedPtr<Object> parent) override
+        {
+            return parent ? ObjectList{objects[0], objects[1]} : ObjectList{{}, objects[0]};
+        }
+    };
+    Circle circle(c);
+    inspector()->addTopLevelHierarchyDelegate(&circle);
+    EXPECT_TRUE(circle.objects[1]->parent()->sameAs(circle.objects[0]));
+    EXPECT_TRUE(circle.objects[2]->parent().isNull());
+}
+
+TEST(DelegateFactory, ForgetsAFallbackThatIsGone)
+{
+    class Registry : public FallbackRegistry
+    {
+        bool isQObjectBased(const QString &) const override { return true; }
+    };
+    DelegateFactory *factory = DelegateFactory::self();
+    {
+        const Registry registry;
+        factory->setFallbackRegistry(&registry);
+    }
+    EXPECT_EQ(nullptr, factory->fallbackRegistry());
+    factory->removeDelegate(nullptr);
 }

@@ -4,6 +4,9 @@
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
 
+#include <limits>
+#include <set>
+
 namespace Vantrel {
 
 namespace {
@@ -24,9 +27,18 @@ SharedPtr<Object> parentBelow(const SharedPtr<Object> &top, const SharedPtr<Obje
 {
     ObjectList pending;
     pending << top;
+    // A toolkit may show an object below itself. Held, so that no other object gets their place.
+    ObjectList visited;
+    std::set<std::pair<const Class *, void *>> known;
     while (!pending.empty()) {
         const SharedPtr<Object> candidate = pending.back();
         pending.pop_back();
+        void *data = nullptr;
+        candidate->get(&data);
+        if (data && !known.emplace(candidate->type(), data).second) {
+            continue;
+        }
+        visited << candidate;
         const ObjectList children = candidate->children();
         for (const SharedPtr<Object> &child : children) {
             if (child && object->sameAs(child)) {
@@ -40,6 +52,13 @@ SharedPtr<Object> parentBelow(const SharedPtr<Object> &top, const SharedPtr<Obje
         }
     }
     return {};
+}
+
+/** Within the range of screen coordinates, whatever the two are. */
+int sum(qint64 a, qint64 b)
+{
+    using Limits = std::numeric_limits<int>;
+    return int(qBound<qint64>(Limits::min(), a + b, Limits::max()));
 }
 
 } // namespace
@@ -64,7 +83,13 @@ const Delegate *Delegate::super() const
     return m_super;
 }
 
-FallbackRegistry::~FallbackRegistry() = default;
+FallbackRegistry::~FallbackRegistry()
+{
+    DelegateFactory *factory = DelegateFactory::self();
+    if (factory->fallbackRegistry() == this) {
+        factory->setFallbackRegistry(nullptr);
+    }
+}
 
 DelegateFactory *DelegateFactory::self()
 {
@@ -82,6 +107,9 @@ void DelegateFactory::addDelegate(Delegate *delegate)
 
 void DelegateFactory::removeDelegate(Delegate *delegate)
 {
+    if (!delegate) {
+        return;
+    }
     const auto found = m_delegates.find(Key(delegate->type(), delegate->className()));
     if (found != m_delegates.end() && *found == delegate) {
         m_delegates.erase(found);
@@ -144,6 +172,9 @@ SharedPtr<Object> ObjectHierarchyDelegate::parent(SharedPtr<Object> object)
     }
     const ObjectList tops = Inspector::self()->objects();
     for (const SharedPtr<Object> &top : tops) {
+        if (!top) {
+            continue;
+        }
         if (object->sameAs(top)) {
             return {};
         }
@@ -242,7 +273,7 @@ GeometryDelegate::Point GeometryDelegate::globalToRelative(SharedPtr<Object> obj
     if (bounds.width < 0 || bounds.height < 0) {
         return {};
     }
-    return {true, x - bounds.x, y - bounds.y, -1};
+    return {true, sum(x, -qint64(bounds.x)), sum(y, -qint64(bounds.y)), -1};
 }
 
 GeometryDelegate::Point GeometryDelegate::relativeToGlobal(SharedPtr<Object> object, int x, int y)
@@ -251,7 +282,7 @@ GeometryDelegate::Point GeometryDelegate::relativeToGlobal(SharedPtr<Object> obj
     if (bounds.width < 0 || bounds.height < 0) {
         return {};
     }
-    return {true, x + bounds.x, y + bounds.y, -1};
+    return {true, sum(x, bounds.x), sum(y, bounds.y), -1};
 }
 
 GeometryDelegate::Point GeometryDelegate::relativeToNative(SharedPtr<Object> object, int x, int y)

@@ -117,7 +117,7 @@ public:
         return result;
     }
 
-    /** Not owned; null takes it away. */
+    /** Not owned; null takes it away, and so does its destructor. */
     void setFallbackRegistry(const FallbackRegistry *registry) { m_fallback = registry; }
     const FallbackRegistry *fallbackRegistry() const { return m_fallback; }
 
