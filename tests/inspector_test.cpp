@@ -222,3 +222,56 @@ TEST(Inspector, EnumeratesTheObjectsOfAllTopLevelDelegates)
     }
     EXPECT_EQ(before, inspector()->numObjects()) << "a destroyed delegate is no source any more";
 }
+
+TEST(Inspector, LetsDelegatesComeAndGoWhileTheyAreAsked)
+{
+    class Changing : public TopLevel
+    {
+    public:
+        explicit Changing(const char *className) : TopLevel(className, {}) {}
+        int numChildren(SharedPtr<Object>) override
+        {
+            onAsk();
+            return -3; // no toolkit has less than none
+        }
+        SharedPtr<Object> childByName(SharedPtr<Object>, const QString &) override
+        {
+            onAsk();
+            return {};
+        }
+        SharedPtr<Object> objectByQualifiedName(SharedPtr<Object>, const ObjectName &) override
+        {
+            onAsk();
+            return {};
+        }
+        std::function<void()> onAsk = [] {};
+    };
+    const int count = inspector()->numObjects();
+    const std::function<void()> operations[] = {
+        [] { inspector()->numObjects(); },
+        [] { inspector()->objects(); },
+        [] { inspector()->object(1000); },
+        [] { inspector()->object(QStringLiteral("x")); },
+        [] { inspector()->findObject(QStringLiteral("{x='1'}")); },
+    };
+    for (const auto &operation : operations) {
+        Changing first("ItFirst");
+        auto second = std::make_unique<Changing>("ItSecond");
+        std::vector<std::unique_ptr<Changing>> more;
+        inspector()->addTopLevelHierarchyDelegate(&first);
+        inspector()->addTopLevelHierarchyDelegate(second.get());
+        first.onAsk = [&] {
+            second.reset();
+            more.push_back(std::make_unique<Changing>("ItMore"));
+            inspector()->addTopLevelHierarchyDelegate(more.back().get());
+        };
+        operation();
+        EXPECT_EQ(nullptr, second);
+        first.onAsk = [] {};
+        const TopLevel last("ItLast", {inspector()->createPrimitive(5)});
+        inspector()->addTopLevelHierarchyDelegate(const_cast<TopLevel *>(&last));
+        EXPECT_EQ(count + 1, inspector()->numObjects());
+        EXPECT_EQ(5, inspector()->object(count)->toInteger());
+    }
+    inspector()->lastError();
+}

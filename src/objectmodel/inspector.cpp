@@ -56,7 +56,8 @@ void registerPrimitiveClasses()
 const std::vector<ObjectHierarchyDelegate *> &InspectorPrivate::topLevelDelegates()
 {
     if (!topLevel) {
-        static const std::vector<ObjectHierarchyDelegate *> none;
+        // Never destroyed: objects may be asked for at exit.
+        static const auto &none = *new std::vector<ObjectHierarchyDelegate *>;
         if (implementation) {
             return none;
         }
@@ -73,14 +74,17 @@ const std::vector<ObjectHierarchyDelegate *> &InspectorPrivate::topLevelDelegate
 
 SharedPtr<Object> InspectorPrivate::topLevelObject(int index)
 {
-    for (ObjectHierarchyDelegate *delegate : topLevelDelegates()) {
-        const int count = delegate->numChildren({});
-        if (index >= 0 && index < count) {
-            return delegate->child({}, index);
+    SharedPtr<Object> found;
+    askTopLevel([&](ObjectHierarchyDelegate *delegate) {
+        const int count = qMax(0, delegate->numChildren({}));
+        const bool isHere = index >= 0 && index < count;
+        if (isHere) {
+            found = delegate->child({}, index);
         }
         index -= count;
-    }
-    return {};
+        return isHere || index < 0;
+    });
+    return found;
 }
 
 Inspector::Inspector() : d(new InspectorPrivate)
@@ -129,9 +133,10 @@ int Inspector::numObjects() const
         return d->implementation->numObjects();
     }
     int count = 0;
-    for (ObjectHierarchyDelegate *delegate : d->topLevelDelegates()) {
-        count += delegate->numChildren({});
-    }
+    d->askTopLevel([&count](ObjectHierarchyDelegate *delegate) {
+        count += qMax(0, delegate->numChildren({}));
+        return false;
+    });
     return count;
 }
 
@@ -148,15 +153,15 @@ SharedPtr<Object> Inspector::object(const QString &name, ObjectHierarchyDelegate
     if (foundBy) {
         *foundBy = nullptr;
     }
-    for (ObjectHierarchyDelegate *delegate : d->topLevelDelegates()) {
-        if (SharedPtr<Object> found = delegate->childByName({}, name)) {
-            if (foundBy) {
-                *foundBy = delegate;
-            }
-            return found;
+    SharedPtr<Object> found;
+    d->askTopLevel([&](ObjectHierarchyDelegate *delegate) {
+        found = delegate->childByName({}, name);
+        if (found && foundBy) {
+            *foundBy = delegate;
         }
-    }
-    return {};
+        return bool(found);
+    });
+    return found;
 }
 
 SharedPtr<Object> Inspector::object(int index)
@@ -170,11 +175,12 @@ ObjectList Inspector::objects()
         return d->implementation->objects();
     }
     ObjectList all;
-    for (ObjectHierarchyDelegate *delegate : d->topLevelDelegates()) {
+    d->askTopLevel([&all](ObjectHierarchyDelegate *delegate) {
         for (const SharedPtr<Object> &object : delegate->children({})) {
             all << object;
         }
-    }
+        return false;
+    });
     return all;
 }
 

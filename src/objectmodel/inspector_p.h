@@ -9,6 +9,7 @@
 #include <QStringView>
 #include <QVarLengthArray>
 
+#include <algorithm>
 #include <cstring>
 #include <optional>
 
@@ -102,6 +103,20 @@ class InspectorPrivate
 public:
     /** The sources of objects, collected on first need; none while an implementation answers. */
     const std::vector<ObjectHierarchyDelegate *> &topLevelDelegates();
+    /** Calls @p ask with each source until one answers true. Sources may come and go meanwhile. */
+    template <class Ask>
+    void askTopLevel(Ask ask)
+    {
+        const std::vector<ObjectHierarchyDelegate *> delegates = topLevelDelegates();
+        for (ObjectHierarchyDelegate *delegate : delegates) {
+            const auto &current = topLevelDelegates();
+            const bool isThere =
+                std::find(current.begin(), current.end(), delegate) != current.end();
+            if (isThere && ask(delegate)) {
+                return;
+            }
+        }
+    }
     /** Top-level child number @p index over all delegates. */
     SharedPtr<Object> topLevelObject(int index);
 

@@ -200,15 +200,12 @@ SharedPtr<Object> InspectorPrivate::accept(const QString &name, const SharedPtr<
 
 SharedPtr<Object> InspectorPrivate::askDelegates(const ObjectName &name)
 {
-    // A delegate may leave the list while it is asked.
-    const std::vector<ObjectHierarchyDelegate *> delegates = topLevelDelegates();
-    for (ObjectHierarchyDelegate *delegate : delegates) {
-        SharedPtr<Object> found = delegate->objectByQualifiedName({}, name);
-        if (found || !isEvaluationAllowed()) {
-            return found;
-        }
-    }
-    return {};
+    SharedPtr<Object> found;
+    askTopLevel([&](ObjectHierarchyDelegate *delegate) {
+        found = delegate->objectByQualifiedName({}, name);
+        return found || !isEvaluationAllowed();
+    });
+    return found;
 }
 
 void InspectorPrivate::explainFailure(SearchScope &scope, const ObjectName &name)
