@@ -367,3 +367,42 @@ TEST_F(Search, ReadsPropertiesByReflection)
     }
     c.onGet = nullptr;
 }
+
+TEST_F(Search, RepeatsNeitherErrorsNorWorkForNestedNames)
+{
+    EXPECT_EQ(nullptr, find("{container={name='none'} text='OK'}"));
+    EXPECT_EQ(1, error().count(QStringLiteral("Object '{name='none'}' not found")));
+    const auto numSearches = [this](int depth) {
+        toolkit.searches = 0;
+        find(QStringLiteral("{container=").repeated(depth) + QStringLiteral("{name='none'}")
+             + QString(depth, u'}'));
+        return toolkit.searches;
+    };
+    for (Node *last = &toolkit.root; !last->children.empty();) {
+        last->children.resize(1); // one object, which every level is matched with
+        last = last->children.front().get();
+        last->children.clear();
+    }
+    EXPECT_LE(numSearches(20), 20 * 20);
+}
+
+TEST_F(Search, OutlivesTheMatchersOfAnotherTime)
+{
+    std::unique_ptr<ObjectMatcher> kept;
+    class Keeper : public Toolkit
+    {
+    public:
+        explicit Keeper(std::unique_ptr<ObjectMatcher> *place) : m_place(place) {}
+        SharedPtr<Object> objectByQualifiedName(SharedPtr<Object>, const ObjectName &name) override
+        {
+            *m_place = std::make_unique<ObjectMatcher>(name);
+            return {};
+        }
+        std::unique_ptr<ObjectMatcher> *const m_place;
+    } keeper(&kept);
+    inspector()->addTopLevelHierarchyDelegate(&keeper);
+    EXPECT_EQ(nullptr, find("{name='none'}"));
+    error();
+    kept.reset();
+    EXPECT_TRUE(inspector()->unmatchedProperties().isEmpty());
+}

@@ -149,14 +149,15 @@ SharedPtr<Object> Inspector::findObject(const QString &name, bool checkEdition)
         return {};
     }
 
-    SearchScope scope(realName);
+    const bool isMultiProperty = isMultiPropertyName(realName);
+    SearchScope scope(realName, d->lastError);
+    scope.isExplainable = isMultiProperty;
     if (scope.isOutermost()) {
         d->forgetFailedSearch();
     }
     if (const SharedPtr<Object> found = d->askDelegates(objectName)) {
         return d->accept(name, found, checkEdition);
     }
-    const bool isMultiProperty = isMultiPropertyName(realName);
     const Path path = isMultiProperty ? Path() : searchPath(realName, end, checkEdition);
     if (path.object) {
         return d->accept(name, path.object, checkEdition);
@@ -164,14 +165,16 @@ SharedPtr<Object> Inspector::findObject(const QString &name, bool checkEdition)
     if (isEventRecordingEnabled()) {
         return {};
     }
-    if (isMultiProperty) {
+    if (isMultiProperty && scope.isToBeExplained()) {
         d->explainFailure(scope, objectName);
     }
     QString text = QLatin1String("Object '") + name + QLatin1String("' not found");
-    text += d->lastError.isEmpty() ? QStringLiteral(".") : QLatin1String(": ") + d->lastError;
+    const QString earlier = scope.errorToRepeat(d->lastError);
+    text += earlier.isEmpty() ? QStringLiteral(".") : QLatin1String(": ") + earlier;
     d->lastError.clear();
     text += isMultiProperty ? unmatchedText(d->unmatchedProperties) : pathText(name, path);
     setError(text);
+    scope.failed(text);
     return {};
 }
 

@@ -47,7 +47,8 @@ QStringList failedProperties(const NearMiss &candidate)
 
 } // namespace
 
-SearchScope::SearchScope(const QString &name) : m_outer(innermost), m_name(name)
+SearchScope::SearchScope(const QString &name, const QString &error)
+    : m_outer(innermost), m_name(name), m_errorBefore(error)
 {
     innermost = this;
 }
@@ -55,11 +56,23 @@ SearchScope::SearchScope(const QString &name) : m_outer(innermost), m_name(name)
 SearchScope::~SearchScope()
 {
     innermost = m_outer;
+    if (m_outer && usedMatcher) {
+        m_outer->usedMatcher = true;
+    }
 }
 
 SearchScope *SearchScope::current()
 {
     return innermost;
+}
+
+bool SearchScope::isUnderWay(const SearchScope *scope)
+{
+    const SearchScope *s = innermost;
+    while (s && s != scope) {
+        s = s->m_outer;
+    }
+    return s != nullptr;
 }
 
 struct ObjectMatcher::Notes
@@ -93,7 +106,8 @@ ObjectMatcher::~ObjectMatcher()
         return;
     }
     const std::unique_ptr<Notes> notes(m_notes);
-    if (m_occurrence > 0 && m_seen >= m_occurrence) {
+    const bool isFound = m_occurrence > 0 && m_seen >= m_occurrence;
+    if (isFound || !SearchScope::isUnderWay(notes->scope)) {
         return;
     }
     QStringList unmatched;
@@ -116,11 +130,13 @@ ObjectMatcher::~ObjectMatcher()
     }
 }
 
-bool ObjectMatcher::offer(const SharedPtr<Object> &candidate)
+bool ObjectMatcher::offer(const SharedPtr<Object> &object)
 {
-    if (!candidate || candidate->isNull()) {
+    if (!object || object->isNull()) {
         return false;
     }
+    // Held: reading a property may take the caller's handle away.
+    const SharedPtr<Object> candidate = object;
     const auto holdsByReflection = [&candidate](const Condition &condition, QString *actual) {
         const Property *property = candidate->type()->property(condition.name);
         const SharedPtr<Object> value =

@@ -93,7 +93,7 @@ public:
      * The same for an object whose properties are read by reflection. A
      * condition on a property that is an object is matched with its qualified name.
      */
-    bool offer(const SharedPtr<Object> &candidate);
+    bool offer(const SharedPtr<Object> &object);
 
 private:
     Q_DISABLE_COPY(ObjectMatcher)
