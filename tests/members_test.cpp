@@ -166,3 +166,18 @@ TEST(PropertyDeclaration, ResolvesATypeNameLateAndReportsItOnce)
     EXPECT_EQ("Property MtDeclaring::n has unknown type MtNever.\n",
               testing::internal::GetCapturedStderr());
 }
+
+TEST(Members, SayWhenTheyBelongToNoClass)
+{
+    inspector()->lastError();
+    const Method method(0, nullptr, Argument(), Signature(QStringLiteral("lost")));
+    EXPECT_TRUE(method.invoke({}, {}).isNull());
+    EXPECT_EQ(QStringLiteral("The function lost() belongs to no class"), inspector()->lastError());
+    const Property property(0, nullptr, intArgument(), QStringLiteral("lost"), Property::Readable);
+    EXPECT_TRUE(property.get({}).isNull());
+    EXPECT_EQ(QStringLiteral("The property lost belongs to no class"), inspector()->lastError());
+    EXPECT_FALSE(property.set({}, {}));
+    EXPECT_NE(QString(), inspector()->lastError());
+    EXPECT_TRUE(Constructor().construct({}).isNull());
+    EXPECT_EQ(QStringLiteral("The constructor () belongs to no class"), inspector()->lastError());
+}

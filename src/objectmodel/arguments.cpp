@@ -61,6 +61,9 @@ SharedPtr<Object> enumValue(const SharedPtr<Object> &text, const Argument &decla
         return {};
     }
     SharedPtr<Object> value = Inspector::self()->createPrimitive(number);
+    if (!value) {
+        return {};
+    }
     return value->isA(declared.type()) ? value : converted(value, declared);
 }
 

@@ -88,6 +88,16 @@ QString resultText(const Argument &result)
     return text + arrayText(result);
 }
 
+/** A member that was read for no class describes something, but there is nobody to ask. */
+bool verifyOwner(const Class *owner, const char *what, const QString &name)
+{
+    if (!owner) {
+        Inspector::self()->setError(
+            QStringLiteral("The %1 %2 belongs to no class").arg(QLatin1String(what), name));
+    }
+    return owner;
+}
+
 QString ownerName(const Class *owner)
 {
     return owner ? owner->className() : QString();
@@ -213,8 +223,7 @@ void Method::deprecate(const QString &message)
 
 SharedPtr<Object> Method::invoke(SharedPtr<Object> object, const ObjectList &arguments) const
 {
-    if (!m_owner) {
-        Inspector::self()->setError(QStringLiteral("Function not available"));
+    if (!verifyOwner(m_owner, "function", name() + QLatin1String("()"))) {
         return {};
     }
     if (isDeprecated() && !m_deprecationReported) {
@@ -242,8 +251,7 @@ Constructor::~Constructor() = default;
 
 SharedPtr<Object> Constructor::construct(const ObjectList &arguments) const
 {
-    if (!m_owner) {
-        printDiagnostic("Class::construct: No matching constructor found\n");
+    if (!verifyOwner(m_owner, "constructor", m_signature.toString())) {
         return {};
     }
     return m_owner->mutableSelf()->construct(m_id, arguments, this);
@@ -449,7 +457,7 @@ int Property::flags() const
 
 SharedPtr<Object> Property::get(SharedPtr<Object> object) const
 {
-    if (!m_owner) {
+    if (!verifyOwner(m_owner, "property", name())) {
         return {};
     }
     return m_owner->mutableSelf()->getProperty(m_id, object, this);
@@ -457,7 +465,8 @@ SharedPtr<Object> Property::get(SharedPtr<Object> object) const
 
 bool Property::set(SharedPtr<Object> object, SharedPtr<Object> value) const
 {
-    return m_owner && m_owner->setProperty(m_id, object, value, this);
+    return verifyOwner(m_owner, "property", name())
+        && m_owner->setProperty(m_id, object, value, this);
 }
 
 QString Property::toString() const
