@@ -665,9 +665,9 @@ TEST(Primitives, LeaveOldValuesToTheViewsOfThem)
     word->fromString("another text");
     EXPECT_EQ("a : char", debugText(letter));
     const Handle number = single("int", 5);
-    const Handle pointer = number->reference();
+    const Handle view = number->reference();
     number->castTo(classNamed("double"));
-    EXPECT_EQ("5 : int", debugText(pointer));
+    EXPECT_EQ("5 : int", debugText(view));
     const Handle none(classNamed("int")->wrap(
         nullptr, ObjectAttribute(ObjectAttribute::PointerFlag | ObjectAttribute::ArrayFlag)));
     none->fromInteger(1);
