@@ -73,7 +73,9 @@ QString shapeText(const ObjectAttribute &attribute)
         + QLatin1String(attribute.isArray() ? " []" : "");
 }
 
-QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declared)
+} // namespace
+
+QString mismatch(const SharedPtr<Object> &value, const Argument &declared)
 {
     if (declared.takesAnyObject()) {
         return QString();
@@ -102,21 +104,39 @@ QString argumentMismatch(const SharedPtr<Object> &value, const Argument &declare
         : QStringLiteral("%1 cannot convert to %2").arg(given, type);
 }
 
-} // namespace
-
 bool fits(const SharedPtr<Object> &value, const Argument &declared)
 {
     if (value->isNull()) {
         return declared.isPointer();
     }
+    constexpr int shapeFlags = ObjectAttribute::PointerFlag | ObjectAttribute::ArrayFlag;
     const ObjectAttribute given = value->objectAttribute();
+    if (!((given.getFlags() | declared.attribute().getFlags()) & shapeFlags)) {
+        return true; // one single value for another, whatever the class
+    }
     const TextShape wanted = textShape(declared.type(), declared.attribute());
+    if (wanted == TextShape::None) {
+        return elementsGiven(given) >= elementsWanted(declared);
+    }
     if (wanted != textShape(declared.type(), given)) {
         return false;
     }
-    const bool counted = wanted == TextShape::None
-        || (wanted == TextShape::TextList && declared.arrayLength() > 0);
+    const bool counted = wanted == TextShape::TextList && declared.arrayLength() > 0;
     return !counted || elementsGiven(given) >= elementsWanted(declared);
+}
+
+bool areAsDeclared(const ObjectList &values, const Signature &signature)
+{
+    auto value = values.begin();
+    for (const Argument &declared : signature.arguments()) {
+        const SharedPtr<Object> &given = *value++;
+        const bool accepted = declared.takesAnyObject()
+            || (given && given->isA(declared.type()) && fits(given, declared));
+        if (!accepted) {
+            return false;
+        }
+    }
+    return true;
 }
 
 SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declared)
@@ -178,7 +198,7 @@ QString AdaptedArguments::mismatch(const Signature &signature, const ObjectList 
     }
     std::size_t i = 0;
     for (const Argument &declared : signature.arguments()) {
-        const QString reason = argumentMismatch(arguments[i], declared);
+        const QString reason = Vantrel::mismatch(arguments[i], declared);
         ++i;
         if (!reason.isEmpty()) {
             return QStringLiteral("argument %1: %2").arg(QString::number(i), reason);
@@ -187,14 +207,15 @@ QString AdaptedArguments::mismatch(const Signature &signature, const ObjectList 
     return QString();
 }
 
-NativeArguments::NativeArguments(const ObjectList &arguments)
+NativeArguments::NativeArguments(const ObjectList &arguments) : m_pointers(int(arguments.size()))
 {
+    void **pointer = m_pointers.data();
     for (const SharedPtr<Object> &argument : arguments) {
-        void *pointer = nullptr;
+        *pointer = nullptr;
         if (argument) {
-            argument->type()->convert(argument, &pointer);
+            argument->get(pointer);
         }
-        m_pointers.append(pointer);
+        ++pointer;
     }
 }
 

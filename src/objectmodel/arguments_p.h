@@ -9,6 +9,9 @@
 namespace Vantrel {
 
 class Argument;
+class Class;
+class Constructor;
+class Method;
 class Signature;
 
 /**
@@ -45,6 +48,17 @@ SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declar
  * declared shape as it stands. A null object fits a pointer only.
  */
 bool fits(const SharedPtr<Object> &value, const Argument &declared);
+/** Whether values, as many as @p signature has arguments, can all be passed as they stand. */
+bool areAsDeclared(const ObjectList &values, const Signature &signature);
+
+/** Why adapted() gives null; empty when it does not. */
+QString mismatch(const SharedPtr<Object> &value, const Argument &declared);
+
+// The checks of every call; each reports what it refuses.
+bool verifyCall(const Class *c, const SharedPtr<Object> &object, const ObjectList &arguments,
+                const Method *method);
+bool verifyConstruction(const Class *c, const ObjectList &arguments,
+                        const Constructor *constructor);
 
 /** One native pointer for each argument, on the stack for the usual few. */
 class NativeArguments

@@ -9,6 +9,7 @@
 #include "objectmodel/recursion_p.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace Vantrel {
 
@@ -38,7 +39,9 @@ const T *memberById(const Class *c, int id, Class::OffsetType kind,
         const int offset = c->superClassOffset(kind);
         if (id >= offset) {
             ClassPrivate *d = ClassPrivate::get(c);
-            (d->*build)(c);
+            if ((d->*table).isEmpty()) {
+                (d->*build)(c);
+            }
             // An undeclared ancestor makes the offset negative.
             const qint64 index = qint64(id) - offset;
             return index < (d->*table).size() ? (d->*table).at(int(index)) : nullptr;
@@ -47,15 +50,27 @@ const T *memberById(const Class *c, int id, Class::OffsetType kind,
     return nullptr;
 }
 
+/** Most names differ in length already, and this runs for every member of a class. */
+bool isSameName(const QString &a, const QString &b)
+{
+    const int size = a.size();
+    return size == b.size()
+        && (size == 0
+            || (*a.constData() == *b.constData()
+                && std::memcmp(a.constData(), b.constData(), size * sizeof(QChar)) == 0));
+}
+
 template <class T>
 const T *memberByName(const Class *c, const QString &name, QVector<const T *> ClassPrivate::*table,
                       void (ClassPrivate::*build)(const Class *))
 {
     for (; c; c = c->super()) {
         ClassPrivate *d = ClassPrivate::get(c);
-        (d->*build)(c);
+        if ((d->*table).isEmpty()) {
+            (d->*build)(c);
+        }
         for (const T *member : qAsConst(d->*table)) {
-            if (member && member->name() == name) {
+            if (member && isSameName(member->name(), name)) {
                 return member;
             }
         }
@@ -107,7 +122,7 @@ void ClassPrivate::buildConstructors(const Class *q)
 
 void ClassPrivate::buildProperties(const Class *q)
 {
-    if (!properties.isEmpty() || numOwnProperties < 0) {
+    if (numOwnProperties < 0) {
         return;
     }
     countDelegateProperties();
@@ -393,7 +408,7 @@ MethodList Class::methods(const QString &name) const
     for (const Class *c = this; c; c = c->super()) {
         c->d->buildMethods(c);
         for (const Method *method : qAsConst(c->d->methods)) {
-            if (method && method->name() == name) {
+            if (method && isSameName(method->name(), name)) {
                 list.append(method);
             }
         }

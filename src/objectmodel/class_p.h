@@ -17,6 +17,12 @@ class ClassPrivate
 public:
     static ClassPrivate *get(const Class *c) { return c->d; }
 
+    // The operations of Class itself, for classes that take a short cut in the usual case.
+    static bool setProperty(const Class *c, int propertyId, const SharedPtr<Object> &object,
+                            const SharedPtr<Object> &value, const Property *property);
+    static SharedPtr<Object> getProperty(Class *c, int propertyId, const SharedPtr<Object> &object,
+                                         const Property *property);
+
     /** Fills the table of one kind from its factory, once. */
     void buildMethods(const Class *q);
     void buildProperties(const Class *q);

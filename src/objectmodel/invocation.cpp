@@ -16,7 +16,7 @@ void setError(const QString &text)
     Inspector::self()->setError(text);
 }
 
-bool verifyPropertyAccess(const SharedPtr<Object> &object, const Property *property)
+bool reportPropertyAccess(const SharedPtr<Object> &object, const Property *property)
 {
     if (!object) {
         if (property->isStatic()) {
@@ -31,12 +31,18 @@ bool verifyPropertyAccess(const SharedPtr<Object> &object, const Property *prope
                      .arg(property->name()));
         return false;
     }
-    if (!property->isStatic() && object->isNull()) {
+    if (!property->isStatic()) {
         setError(QStringLiteral("Cannot access property %1 on null object reference")
                      .arg(property->name()));
         return false;
     }
     return true;
+}
+
+bool verifyPropertyAccess(const SharedPtr<Object> &object, const Property *property)
+{
+    return (object && object->isValid() && !object->isNull())
+        || reportPropertyAccess(object, property);
 }
 
 /** A raw slot must never see the data of an object of a foreign class. */
@@ -64,6 +70,16 @@ bool verifyMembership(const Class *c, const Class *owner, const QString &name,
     return false;
 }
 
+/** Null for a static member, which may come with an object of any class. */
+void *dataOf(const SharedPtr<Object> &object, const Class *c)
+{
+    void *data = nullptr;
+    if (object && object->isA(c)) {
+        object->get(&data);
+    }
+    return data;
+}
+
 bool acceptsUnconverted(const Method *method, const ObjectList &arguments)
 {
     if (method->signature().numArguments() != int(arguments.size())) {
@@ -72,7 +88,7 @@ bool acceptsUnconverted(const Method *method, const ObjectList &arguments)
     auto argument = arguments.begin();
     for (const Argument &declared : method->signature().arguments()) {
         const SharedPtr<Object> &given = *argument++;
-        if (!given || given->isNull() || !Class::isSubClass(given->type(), declared.type())) {
+        if (!given || given->isNull() || !given->isA(declared.type())) {
             return false;
         }
     }
@@ -254,6 +270,9 @@ bool MethodList::invoke(SharedPtr<Object> object, const ObjectList &arguments,
         return false;
     }
     const Method *exact = methodForArguments(arguments);
+    if (exact && areAsDeclared(arguments, exact->signature())) {
+        return call(exact, arguments);
+    }
     if (exact) {
         const AdaptedArguments list(exact->signature(), arguments);
         if (list.isValid()) {
@@ -282,14 +301,23 @@ QStringList MethodList::explain(const ObjectList &arguments) const
     return lines;
 }
 
+bool verifyCall(const Class *c, const SharedPtr<Object> &object, const ObjectList &arguments,
+                const Method *method)
+{
+    if (!verifyMethodInvocation(object, method)) {
+        return false;
+    }
+    // Texts for messages are made when there is something to tell, not on every call.
+    if (int(arguments.size()) != method->signature().numArguments()) {
+        return verifyMethodArgumentCount(c->className(), method, arguments);
+    }
+    return method->isStatic() || verifyClass(object, c, method->name(), "()");
+}
+
 SharedPtr<Object> Class::invoke(int, SharedPtr<Object> object, const ObjectList &arguments,
                                 const Method *method)
 {
-    if (!verifyMethodInvocation(object, method)
-        || !verifyMethodArgumentCount(className(), method, arguments)) {
-        return {};
-    }
-    if (!method->isStatic() && !verifyClass(object, this, method->name(), "()")) {
+    if (!verifyCall(this, object, arguments, method)) {
         return {};
     }
     NativeArguments native(arguments);
@@ -305,9 +333,7 @@ SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method, 
     if (owner != this) {
         return owner->invoke(object, method, arguments);
     }
-    void *data = nullptr;
-    convert(object, &data);
-    return invoke(method->id(), data, arguments, method->type());
+    return invoke(method->id(), dataOf(object, this), arguments, method->type());
 }
 
 SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method,
@@ -342,14 +368,23 @@ SharedPtr<Object> Class::construct(const ObjectList &arguments) const
     return {};
 }
 
+bool verifyConstruction(const Class *c, const ObjectList &arguments,
+                        const Constructor *constructor)
+{
+    const int expected = constructor->signature().numArguments();
+    if (int(arguments.size()) == expected) {
+        return true;
+    }
+    printDiagnostic("Constructor::construct %s: %d arguments expected, %lu given\n",
+                    qUtf8Printable(c->className()), expected,
+                    static_cast<unsigned long>(arguments.size()));
+    return false;
+}
+
 SharedPtr<Object> Class::construct(int index, const ObjectList &arguments,
                                    const Constructor *constructor)
 {
-    const int expected = constructor->signature().numArguments();
-    if (int(arguments.size()) != expected) {
-        printDiagnostic("Constructor::construct %s: %d arguments expected, %lu given\n",
-                        d->name.constData(), expected,
-                        static_cast<unsigned long>(arguments.size()));
+    if (!verifyConstruction(this, arguments, constructor)) {
         return {};
     }
     NativeArguments native(arguments);
@@ -386,6 +421,19 @@ SharedPtr<Object> Class::getProperty(int propertyId, SharedPtr<Object> object,
     return getProperty(object, property);
 }
 
+bool ClassPrivate::setProperty(const Class *c, int propertyId, const SharedPtr<Object> &object,
+                               const SharedPtr<Object> &value, const Property *property)
+{
+    return c->Class::setProperty(propertyId, object, value, property);
+}
+
+SharedPtr<Object> ClassPrivate::getProperty(Class *c, int propertyId,
+                                            const SharedPtr<Object> &object,
+                                            const Property *property)
+{
+    return c->Class::getProperty(propertyId, object, property);
+}
+
 SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *property)
 {
     const Class *owner = property->propertyClass();
@@ -407,9 +455,7 @@ SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *p
     if (!property->isStatic() && !verifyClass(object, this, property->name())) {
         return {};
     }
-    void *data = nullptr;
-    convert(object, &data);
-    return getProperty(property->id(), data, property->type());
+    return getProperty(property->id(), dataOf(object, this), property->type());
 }
 
 SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *property) const
@@ -471,8 +517,7 @@ bool Class::setProperty(SharedPtr<Object> object, const Property *property,
     if (!property->isStatic() && !verifyClass(object, this, property->name())) {
         return false;
     }
-    void *data = nullptr;
-    convert(object, &data);
+    void *data = dataOf(object, this);
     if (!value) {
         return property->argument().isPointer() ? setProperty(property->id(), data, nullptr)
                                                 : reportMissingValue(property);

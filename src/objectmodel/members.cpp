@@ -232,7 +232,7 @@ SharedPtr<Object> Method::invoke(SharedPtr<Object> object, const ObjectList &arg
                         qUtf8Printable(name()), qUtf8Printable(m_signature.toString()),
                         qUtf8Printable(m_deprecationMessage));
     }
-    return m_owner->mutableSelf()->invoke(m_id, object, arguments, this);
+    return m_owner->mutableSelf()->invoke(m_id, std::move(object), arguments, this);
 }
 
 QString Method::toString() const
@@ -460,13 +460,13 @@ SharedPtr<Object> Property::get(SharedPtr<Object> object) const
     if (!verifyOwner(m_owner, "property", name())) {
         return {};
     }
-    return m_owner->mutableSelf()->getProperty(m_id, object, this);
+    return m_owner->mutableSelf()->getProperty(m_id, std::move(object), this);
 }
 
 bool Property::set(SharedPtr<Object> object, SharedPtr<Object> value) const
 {
     return verifyOwner(m_owner, "property", name())
-        && m_owner->setProperty(m_id, object, value, this);
+        && m_owner->setProperty(m_id, std::move(object), std::move(value), this);
 }
 
 QString Property::toString() const

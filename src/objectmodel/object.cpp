@@ -224,9 +224,9 @@ bool Object::sameAs(SharedPtr<Object> other) const
     return m_class->sameObjects(self(), other);
 }
 
-bool Object::isA(const Class *c) const
+bool Object::isDerivedFrom(const Class *c) const
 {
-    return c && Class::isSubClass(m_class, c);
+    return Class::isSubClass(m_class, c);
 }
 
 SharedPtr<Object> Object::castTo(const Class *target)

@@ -138,7 +138,7 @@ public:
     /** The same thing. */
     bool sameAs(SharedPtr<Object> other) const;
     /** Whether the class of this handle is @p c or a subclass of it. */
-    bool isA(const Class *c) const;
+    bool isA(const Class *c) const { return c && (m_class == c || isDerivedFrom(c)); }
 
     void writeObject(QDataStream &stream) const override;
     void readObject(QDataStream &stream) override;
@@ -171,6 +171,7 @@ private:
     {
         return SharedPtr<Object>::borrowed(const_cast<Object *>(this));
     }
+    bool isDerivedFrom(const Class *c) const;
     void generateIndex() const;
     ObjectHierarchyDelegate *setupHierarchyDelegate() const;
     SerializeDelegate *setupSerializeDelegate() const;

@@ -1,5 +1,6 @@
 #include "objectmodel/primitives.h"
 
+#include "objectmodel/arguments_p.h"
 #include "objectmodel/diagnostics_p.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/primitives_p.h"
@@ -191,7 +192,7 @@ PrimitiveClass::~PrimitiveClass()
 
 SharedPtr<Object> PrimitiveClass::wrap(void *data, const ObjectAttribute &attribute)
 {
-    switch (primitiveKind(this)) {
+    switch (kind()) {
     case Kind::Short:
         return new VantrelObject_short(data, this, attribute);
     case Kind::Int:
@@ -229,11 +230,7 @@ SharedPtr<Object> PrimitiveClass::construct(int index, void **arguments)
 SharedPtr<Object> PrimitiveClass::construct(int index, const ObjectList &arguments,
                                             const Constructor *constructor)
 {
-    const int expected = constructor->signature().numArguments();
-    if (arguments.size() != static_cast<std::size_t>(expected)) {
-        printDiagnostic("Constructor::construct %s: %d arguments expected, %lu given\n",
-                        qPrintable(className()), expected,
-                        static_cast<unsigned long>(arguments.size()));
+    if (!verifyConstruction(this, arguments, constructor)) {
         return nullptr;
     }
     if (index != 1) {
@@ -252,7 +249,16 @@ SharedPtr<Object> PrimitiveClass::construct(int index, const ObjectList &argumen
 
 void PrimitiveClass::deleteObjectData(void *data, const ObjectAttribute &attribute) const
 {
-    Value(primitiveKind(this), data, attribute).deallocate();
+    Value(kind(), data, attribute).deallocate();
+}
+
+PrimitiveKind PrimitiveClass::kind() const
+{
+    if (!m_isKindKnown) {
+        m_kind = static_cast<signed char>(primitiveKind(this));
+        m_isKindKnown = true;
+    }
+    return static_cast<PrimitiveKind>(m_kind);
 }
 
 bool PrimitiveClass::compare(SharedPtr<Object> a, SharedPtr<Object> b) const

@@ -6,6 +6,8 @@
 
 namespace Vantrel {
 
+enum class PrimitiveKind;
+
 class PrimitiveValue;
 
 /**
@@ -75,6 +77,12 @@ private:
      */
     SharedPtr<Object> convertToInternal(SharedPtr<Object> object, const Class *target,
                                         bool targetIsPointer) override;
+
+    /** That of the nearest primitive class, found on first use. */
+    PrimitiveKind kind() const;
+
+    mutable signed char m_kind = -1;
+    mutable bool m_isKindKnown = false;
 };
 
 /**
