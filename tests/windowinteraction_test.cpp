@@ -12,6 +12,8 @@
 #include <QDataStream>
 #include <QStringList>
 
+#include <functional>
+
 using namespace Vantrel;
 
 namespace {
@@ -98,10 +100,14 @@ public:
     }
     FunctionCallResult<SharedPtr<Object>> focusedWindow() override
     {
+        if (action) {
+            action();
+        }
         return {focused, note("focused").errorMessage};
     }
 
     SharedPtr<Object> focused;
+    std::function<void()> action;
 };
 
 using Function = SharedPtr<Object> (*)(const ObjectList &);
@@ -309,4 +315,9 @@ TEST_F(WindowFunctions, SearchTheFocusByClassName)
     EXPECT_FALSE(_vantrel_window_focused({}));
     EXPECT_EQ("No display", Inspector::self()->lastError());
     EXPECT_EQ(2, second.asked.size());
+
+    first.failure.clear();
+    first.action = [&] { DelegateFactory::self()->removeDelegate(&second); };
+    EXPECT_EQ(third.focused, _vantrel_window_focused({}));
+    EXPECT_EQ(2, second.asked.size()) << "it left while the first one was asked";
 }

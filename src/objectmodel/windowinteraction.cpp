@@ -10,6 +10,7 @@
 #include "objectmodel/screenvalues.h"
 #include "objectmodel/windowinteraction_p.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace Vantrel {
@@ -211,8 +212,13 @@ SharedPtr<Object> _vantrel_window_geometry_get(const ObjectList &arguments)
 
 SharedPtr<Object> _vantrel_window_focused(const ObjectList &)
 {
-    for (WindowInteractionDelegate *delegate :
-         DelegateFactory::self()->findAll<WindowInteractionDelegate>()) {
+    const DelegateFactory *factory = DelegateFactory::self();
+    for (WindowInteractionDelegate *delegate : factory->findAll<WindowInteractionDelegate>()) {
+        // A delegate may remove others while it is asked.
+        const auto current = factory->findAll<WindowInteractionDelegate>();
+        if (std::find(current.begin(), current.end(), delegate) == current.end()) {
+            continue;
+        }
         const FunctionCallResult<SharedPtr<Object>> result = delegate->focusedWindow();
         if (!result.errorMessage.isEmpty()) {
             return fail(result.errorMessage);
