@@ -158,6 +158,8 @@ TEST_F(TouchBuilderTest, ChecksAStrokeInTheStatedOrder)
         {"a size that says unspecified",            0, 1, 0.5, -1.0,        size},
         {"a size that is not a number",             0, 1, 0.5, notANumber,         size},
         {"the lowest of both",                      0, 1, 0.0001, 0.0001,   ""},
+        {"the lowest of both as floats",            0, 1, 0.0001F, 0.0001F, ""},
+        {"just below the lowest float",             0, 1, std::nextafter(0.0001F, 0), 0.5, pressure},
         {"the highest of both, later",              9, 1, 0.9999, 0.9999,   ""},
     };
     for (const auto &row : rows) {
@@ -265,6 +267,12 @@ TEST_F(TouchBuilderTest, ConvertsUnitsByTheArea)
         EXPECT_IMAGE(info.matrix, 10, 20, 10 * row.fx, 20 * row.fy);
         EXPECT_FALSE(converted(row.to, row.convert).matrixSet) << "no conversion to itself";
     }
+    Info points(1, 1, TouchBuilder::LogicalPoint);
+    points.pixelRatio = 1.5f;
+    points.toMilliMeter(96, 48);
+    EXPECT_EQ(float(mmX) * 1.5f, points.matrix.a) << "the ratio applies to the rounded factor";
+    EXPECT_EQ(float(mmY) * 1.5f, points.matrix.d);
+
     info().toPixel(0, notANumber);
     info().toMilliMeter(96, 0);
     info().toLogicalPoint(notANumber, 96);

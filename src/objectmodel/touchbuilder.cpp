@@ -27,7 +27,8 @@ bool isPositive(double value)
 /** False for 0, 1 and what is not a number. */
 bool isFraction(double value)
 {
-    return value >= 0.0001 && value <= 0.9999;
+    // As a 32-bit float the lower limit is a little smaller.
+    return (value >= 0.0001 || value == double(0.0001F)) && value <= 0.9999;
 }
 
 TouchPosition centreOf(const TouchBuilder::MultiTouchInfo &gesture)
@@ -240,7 +241,8 @@ void TouchBuilder::MultiTouchInfo::toMilliMeter(double dpiX, double dpiY)
         return;
     }
     const double ratio = unit == LogicalPoint ? pixelRatio : 1.0;
-    scaleArea(this, ratio * millimetersPerInch / dpiX, ratio * millimetersPerInch / dpiY);
+    scaleArea(this, toFloat(millimetersPerInch / dpiX) * ratio,
+              toFloat(millimetersPerInch / dpiY) * ratio);
     unit = MilliMeter;
 }
 
