@@ -342,6 +342,27 @@ TEST_F(Events, AHandleThatIsAssignedToKeepsTheOtherOnesHandlers)
     EXPECT_EQ(QStringList("second"), dispatch(source));
 }
 
+TEST_F(Events, AHandleThatIsAssignedToEndsUnderBothIndexes)
+{
+    Connections connections;
+    Listener first("first", &log);
+    Listener second("second", &log);
+    SharedPtr<Object> target = widget();
+    const SharedPtr<Object> source = widget();
+    QStringList disconnected;
+    for (const quint32 index : {target->index(), source->index()}) {
+        disconnected << QStringLiteral("disconnect %1 clicked").arg(index);
+    }
+    inspector->installObjectEventHandler(target, "clicked", &first);
+    const Object plain(*source);
+    *target = plain;
+    inspector->installObjectEventHandler(target, "clicked", &second);
+    EXPECT_EQ(QStringList("second"), dispatch(target));
+    second.lastObject.reset();
+    target.reset();
+    EXPECT_EQ(disconnected, connections.log.filter("disconnect"));
+}
+
 namespace {
 
 class Sender : public SendEventDelegate
@@ -355,9 +376,13 @@ public:
     bool sendEvent(const Event *, SharedPtr<Object>, const ObjectList &) override
     {
         ++asked;
+        if (action) {
+            action();
+        }
         return m_accepts;
     }
     int asked = 0;
+    std::function<void()> action;
 
 private:
     bool m_accepts;
@@ -389,6 +414,16 @@ TEST_F(Events, AreSentByTheFirstDelegateThatDoes)
     EXPECT_EQ(2, first.asked);
     EXPECT_EQ(1, second.asked);
     EXPECT_EQ(0, third.asked);
+}
+
+TEST_F(Events, AreNotSentByADelegateThatLeftMeanwhile)
+{
+    Sender first(false);
+    Sender second(true);
+    first.action = [&] { inspector->removeSendEventDelegate(&second); };
+    EXPECT_FALSE(widgetClass()->event(QStringLiteral("declared"))->sendEvent(widget(), {}));
+    EXPECT_EQ("Cannot send event 'declared'", inspector->lastError());
+    EXPECT_EQ(0, second.asked);
 }
 
 TEST_F(Events, AreRecordedWhileThatIsEnabledAndSomebodyListens)

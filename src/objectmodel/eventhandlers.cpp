@@ -100,6 +100,11 @@ void EventHandlerRegistry::removeIfEmpty(const QString &event)
 void EventHandlerRegistry::watch(Object *object)
 {
     if (!m_watched.contains(object->index())) {
+        if (object->m_watch.on) {
+            // It was assigned to, so that its former index ended. Kept, that
+            // would refer to this handle after its end.
+            drop(object, Object::End::Destroyed);
+        }
         m_watched.insert(object->index(), object);
         object->m_watch.on = true;
     }
@@ -114,11 +119,11 @@ bool EventHandlerRegistry::installForObject(const SharedPtr<Object> &object, con
     if (!object || object->isNull() || !object->isValid()) {
         return refuse(event, QStringLiteral("the object is null or invalidated"));
     }
+    watch(object.get());
     ObjectListeners &listeners = m_events[event].objects[object->index()];
     if (!add(&listeners.handlers, handler)) {
         return refuseDuplicate(event);
     }
-    watch(object.get());
     if (listeners.handlers.size() > 1 || connect(object, event)) {
         return true;
     }

@@ -5,6 +5,8 @@
 #include "objectmodel/eventhandlers_p.h"
 #include "objectmodel/inspector_p.h"
 
+#include <algorithm>
+
 namespace Vantrel {
 
 bool Inspector::sendEvent(const Event *event, SharedPtr<Object> object, const ObjectList &arguments)
@@ -13,7 +15,10 @@ bool Inspector::sendEvent(const Event *event, SharedPtr<Object> object, const Ob
         // A copy, because a delegate may add or remove others.
         const std::vector<SendEventDelegate *> delegates = sendEventDelegates();
         for (SendEventDelegate *delegate : delegates) {
-            if (delegate->sendEvent(event, object, arguments)) {
+            const auto &current = sendEventDelegates();
+            const bool isThere =
+                std::find(current.begin(), current.end(), delegate) != current.end();
+            if (isThere && delegate->sendEvent(event, object, arguments)) {
                 return true;
             }
         }
