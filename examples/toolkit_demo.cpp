@@ -1,16 +1,20 @@
 // A toolkit of three widgets makes itself known to the object model, and a
 // script, here a few lines of C++, works with it by names alone: it finds
-// objects, calls methods, reads and writes properties, and is told why some of
-// that is refused.
+// objects, calls methods, reads and writes properties, hears of events, controls
+// the window, and is told why some of that is refused.
 
 #include "objectmodel/class.h"
 #include "objectmodel/classbuilder.h"
 #include "objectmodel/delegates.h"
+#include "objectmodel/eventhandlers.h"
+#include "objectmodel/globalfunctions.h"
+#include "objectmodel/globalobject.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/namespace.h"
 #include "objectmodel/wrap.h"
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -26,6 +30,9 @@ class Widget
 public:
     enum Visibility { Hidden, Shown, Minimized };
 
+    /** Hears of every change of a size. */
+    static std::function<void(Widget *)> resized;
+
     explicit Widget(const QString &name) : m_name(name) {}
     virtual ~Widget() = default;
 
@@ -38,6 +45,9 @@ public:
     {
         m_width = width;
         m_height = height;
+        if (resized) {
+            resized(this);
+        }
     }
     void resize(double factor)
     {
@@ -50,6 +60,8 @@ private:
     int m_width = 200;
     int m_height = 100;
 };
+
+std::function<void(Widget *)> Widget::resized;
 
 class Slider : public Widget
 {
@@ -90,8 +102,8 @@ private:
     std::vector<std::unique_ptr<Widget>> m_children;
 };
 
-// What makes it known: one declaration per class, and a delegate that tells
-// where the objects are.
+// What makes it known: one declaration per class, the report of events, and
+// delegates that tell where the objects are and what windows can do.
 
 void registerToolkit()
 {
@@ -120,6 +132,12 @@ void registerToolkit()
         .property("numChildren", &Window::numChildren)
         .staticMethod("toolkitName", [] { return QStringLiteral("Demo toolkit"); })
         .add();
+    addFunction("area", [](const Widget &widget) { return widget.width() * widget.height(); },
+                {"widget"});
+    Widget::resized = [](Widget *widget) {
+        Inspector::self()->dispatchEvent(wrap(widget), QStringLiteral("resized"),
+                                         {wrap(widget->width()), wrap(widget->height())});
+    };
 }
 
 class Hierarchy : public ObjectHierarchyDelegate
@@ -169,6 +187,41 @@ private:
     Window *m_window;
 };
 
+class Windows : public WindowInteractionDelegate
+{
+public:
+    Windows() : WindowInteractionDelegate(QStringLiteral("Window")) {}
+
+    FunctionCallResult<void> closeWindow(SharedPtr<Object>) override
+    {
+        return {QStringLiteral("The window has unsaved changes.")};
+    }
+    FunctionCallResult<void> maximizeWindow(SharedPtr<Object> window) override
+    {
+        return resizeWindowTo(window, 1920, 1080);
+    }
+    FunctionCallResult<void> minimizeWindow(SharedPtr<Object> window) override
+    {
+        unwrap<Window *>(window)->setVisibility(Widget::Minimized);
+        return {};
+    }
+    FunctionCallResult<void> moveWindowTo(SharedPtr<Object>, int, int) override
+    {
+        return {QStringLiteral("Windows of the demo toolkit stay where they are.")};
+    }
+    FunctionCallResult<void> resizeWindowTo(SharedPtr<Object> window, int width,
+                                            int height) override
+    {
+        unwrap<Window *>(window)->resize(width, height);
+        return {};
+    }
+    FunctionCallResult<void> restoreWindow(SharedPtr<Object> window) override
+    {
+        unwrap<Window *>(window)->setVisibility(Widget::Shown);
+        return {};
+    }
+};
+
 // The script.
 
 void say(const QString &text)
@@ -202,16 +255,19 @@ QString listed(const ObjectList &arguments)
 {
     QStringList texts;
     for (const SharedPtr<Object> &argument : arguments) {
-        texts << argument->toDebugString();
+        const bool isWidget =
+            !argument->isNull() && argument->isA(Inspector::self()->type(QStringLiteral("Widget")));
+        texts << (isWidget ? argument->qualifiedName() : argument->toDebugString());
     }
     return texts.join(QLatin1String(", "));
 }
 
-/** Calls a method by its name and prints what came of it. */
-void call(const SharedPtr<Object> &object, const char *name, const ObjectList &arguments)
+/** Calls a method of @p c by its name and prints what came of it. */
+void call(const Class *c, const SharedPtr<Object> &object, const char *name,
+          const ObjectList &arguments)
 {
     const QString method = QLatin1String(name);
-    const MethodList overloads = object->type()->methods(method);
+    const MethodList overloads = c->methods(method);
     bool ok = false;
     const SharedPtr<Object> result = overloads.invoke(object, arguments, &ok);
     const QString line = QStringLiteral("  %1(%2)").arg(method, listed(arguments));
@@ -226,6 +282,27 @@ void call(const SharedPtr<Object> &object, const char *name, const ObjectList &a
         say(QLatin1String("    ") + reason);
     }
 }
+
+void call(const SharedPtr<Object> &object, const char *name, const ObjectList &arguments)
+{
+    call(object->type(), object, name, arguments);
+}
+
+void callGlobal(const char *name, const ObjectList &arguments)
+{
+    call(Inspector::self()->globalClass(), nullptr, name, arguments);
+}
+
+class EventPrinter : public EventHandler
+{
+public:
+    void handleEvent(SharedPtr<Object> object, const QString &event,
+                     const ObjectList &arguments) override
+    {
+        say(QStringLiteral("  event %1(%2) of %3")
+                .arg(event, listed(arguments), object->qualifiedName()));
+    }
+};
 
 void show(const SharedPtr<Object> &object, const char *name)
 {
@@ -287,6 +364,19 @@ void runScript()
     assign(slider, "visibility", wrap("Minimized"));
     show(slider, "visibility");
 
+    title("Events reach the handlers of a class and its subclasses:");
+    EventPrinter printer;
+    Inspector::self()->installClassEventHandler(QStringLiteral("Widget"), QStringLiteral("resized"),
+                                                &printer);
+    call(slider, "resize", {wrap(0.5)});
+
+    title("Global functions, of the library and of the toolkit:");
+    callGlobal("_vantrel_window_resizeto", {window, wrap(640), wrap("480")});
+    callGlobal("area", {window});
+    callGlobal("_vantrel_window_close", {window});
+    callGlobal("_vantrel_window_close", {slider});
+    callGlobal("_vantrel_window_maximize", {window->type()->createNull()});
+
     title("What cannot be done is refused with a reason:");
     assign(slider, "width", wrap(10));
     call(slider, "resize", {window, wrap(1)});
@@ -305,6 +395,7 @@ int main()
     window.add<Slider>(QStringLiteral("Volume"));
     window.add<Widget>(QStringLiteral("Meter"));
     const Hierarchy hierarchy(&window);
+    const Windows windows;
     try {
         runScript();
     } catch (const std::exception &error) {

@@ -2,11 +2,15 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/delegates.h"
+#include "objectmodel/globalfunctions.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
 #include "objectmodel/primitiveids.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
 
 using namespace Vantrel;
 
@@ -165,6 +169,68 @@ TEST(GlobalClass, HasEnumsOfItsOwn)
     EXPECT_EQ("Cannot add global enum 'GlobalTestSide': it exists already", lastError());
     EXPECT_FALSE(global()->addEnum("GlobalTestTwice", {{"a", 1}, {"b", 2}, {"a", 3}}));
     EXPECT_EQ("Cannot add global enum 'GlobalTestTwice': the key 'a' stands twice", lastError());
+}
+
+namespace {
+
+enum class Gear { Low = 1, High = 2 };
+struct Unregistered
+{
+};
+
+} // namespace
+
+TEST(GlobalClass, TakesCallables)
+{
+    lastError();
+    ASSERT_TRUE(addEnum<Gear>("GlobalTestGear", {{"Low", Gear::Low}, {"High", Gear::High}}));
+    auto unit = std::make_unique<QString>(" km/h");
+    const Method *drive = addFunction(
+        "globalTestDrive",
+        [unit = std::move(unit)](Gear gear, double speed, const SharedPtr<Object> &note) {
+            if (speed < 0) {
+                throw std::invalid_argument("too slow");
+            }
+            return QString::number(speed * int(gear)) + *unit
+                + (note ? note->toString() : QStringLiteral("!"));
+        },
+        {"gear", "speed"});
+    ASSERT_TRUE(drive) << qPrintable(lastError());
+    EXPECT_EQ("(GlobalTestGear gear, double speed, Object *)", drive->signature().toString());
+    EXPECT_EQ("14 km/h!", call("globalTestDrive", {text("High"), number(7), {}})->toString());
+    EXPECT_EQ("7 km/hok", call("globalTestDrive", {number(1), number(7), text("ok")})->toString());
+    EXPECT_FALSE(call("globalTestDrive", {text("Low"), number(-1), {}}));
+    EXPECT_EQ("globalTestDrive: too slow", lastError());
+    addFunction("globalTestEcho", [](SharedPtr<Object> object) { return object; });
+    const SharedPtr<Object> given = number(3);
+    EXPECT_EQ(given, call("globalTestEcho", {given}));
+
+    EXPECT_FALSE(addFunction("globalTestLost", [](const Unregistered &) {}));
+    EXPECT_TRUE(
+        lastError().startsWith("Cannot add global function 'globalTestLost': argument 1: "));
+    EXPECT_FALSE(addFunction("globalTestNames", [](int) {}, {"a", "b"}));
+    EXPECT_EQ("Cannot add global function 'globalTestNames': 2 argument names for 1 arguments",
+              lastError());
+}
+
+TEST(GlobalClass, TakesCallablesAsAccessors)
+{
+    lastError();
+    QString title = "old";
+    const Property *property = addProperty(
+        "globalTestTitle", [&] { return title; },
+        [&](const QString &value) {
+            const bool accepted = !value.isEmpty();
+            title = accepted ? value : title;
+            return accepted;
+        });
+    ASSERT_TRUE(property) << qPrintable(lastError());
+    EXPECT_EQ("old", property->get({})->toString());
+    EXPECT_TRUE(property->set({}, number(5)));
+    EXPECT_EQ("5", title);
+    EXPECT_FALSE(property->set({}, text("")));
+    EXPECT_EQ("globalTestTitle: the value was refused", lastError());
+    EXPECT_EQ("5", title);
 }
 
 namespace {
