@@ -303,4 +303,15 @@ TEST_F(Containers, ThatContainThemselvesAreComparedAndShown)
     EXPECT_GT(10'000'000, pair[0]->toString().size());
 }
 
+TEST_F(Containers, AreFreedHoweverDeeplyTheyAreNested)
+{
+    const SharedPtr<Object> innermost = number(1);
+    SharedPtr<Object> array = ArrayClass::wrapObject({innermost});
+    for (int depth = 0; depth < 100'000; ++depth) {
+        array = MapClass::wrapObject({{"k", ArrayClass::wrapObject({array})}});
+    }
+    array = SharedPtr<Object>();
+    EXPECT_EQ(1u, innermost->referenceCount());
+}
+
 } // namespace

@@ -11,6 +11,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <utility>
@@ -86,6 +87,41 @@ private:
 };
 
 /**
+ * Lets go of items one after another. Containers that free what is in them
+ * from within each other would need a stack as deep as they are nested.
+ */
+void release(Array items)
+{
+    static thread_local Array *pending = nullptr;
+    if (pending) {
+        pending->insert(pending->end(), std::make_move_iterator(items.begin()),
+                        std::make_move_iterator(items.end()));
+        return;
+    }
+    pending = &items;
+    while (!items.empty()) {
+        const SharedPtr<Object> last = std::move(items.back());
+        items.pop_back();
+    }
+    pending = nullptr;
+}
+
+Array takeItems(Array &array)
+{
+    return std::move(array);
+}
+
+Array takeItems(Map &map)
+{
+    Array items;
+    items.reserve(map.size());
+    for (auto &entry : map) {
+        items.push_back(std::move(entry.second));
+    }
+    return items;
+}
+
+/**
  * What arrays and maps have in common: one constructor, methods that work on
  * handles, and items that are what is compared and shown.
  */
@@ -108,7 +144,11 @@ public:
 
     void deleteObjectData(void *data, const ObjectAttribute &) const override
     {
-        delete static_cast<Container *>(data);
+        auto *items = static_cast<Container *>(data);
+        if (items) {
+            release(takeItems(*items));
+        }
+        delete items;
     }
 
     SharedPtr<Object> construct(int index, void **) override
