@@ -405,6 +405,10 @@ TEST(Stream, ReadsNamespacesIntoTheTree)
     EXPECT_EQ(nullptr, outer->enclosingNamespace()) << "its own descendant would enclose it";
     EXPECT_EQ(qs("StreamTest_Outer::StreamTest_Inner").section(qs("::"), 1),
               inner->fullyQualifiedName());
+
+    readFrom(number(4711) + text("StreamTest_Inner") + number(-1), *inner);
+    EXPECT_EQ(nullptr, outer->getNamespace(qs("StreamTest_Inner"))) << "it has moved";
+    EXPECT_EQ(nullptr, outer->getNamespace(0));
 }
 
 TEST(Stream, DescribesAClass)

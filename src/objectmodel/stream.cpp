@@ -753,6 +753,13 @@ void Namespace::readObject(QDataStream &stream)
     if (stream.status() != QDataStream::Ok) {
         return;
     }
+    // Left where it was as well, it could come to contain what contains it.
+    if (m_enclosing) {
+        m_enclosing->m_children.removeAll(this);
+        if (m_enclosing->getNamespace(m_name) == this) {
+            m_enclosing->m_namespaces.remove(m_name);
+        }
+    }
     m_id = record.id;
     m_name = record.name;
     m_enclosing = nullptr;
