@@ -158,6 +158,14 @@ TEST(RemoteClass, HasTheMembersOfItsDescription)
     EXPECT_TRUE(c->event(qs("done"))->isSendable());
     EXPECT_EQ(1, c->constructor(0)->signature().numArguments());
 
+    const QByteArray namesake = number(1) + text("a") + text("RemoteTest_Namesake")
+        + number(inspector()->nameSpace(qs("UiTypes"))->id()) + number(0) + number(0) + text("")
+        + text("");
+    c = read(
+        classNamed("RemoteTest_Namesake", "", 1, method("f", "RemoteTest_Namesake", 0, namesake)));
+    EXPECT_EQ(nullptr, c->method(0)->signature().arguments().first().type());
+    c = remote;
+
     inspector()->lastError();
     readFrom(pump("RemoteTest_Twice"), *remote);
     EXPECT_EQ(qs("RemoteTest_Members"), c->className());

@@ -600,7 +600,10 @@ Argument ArgumentRecord::argument(const Class *context) const
     Argument result;
     result.m_name = name;
     result.m_type = classInNameSpace(className, nameSpaceId);
-    if (!result.m_type && context && context->className() == className) {
+    // One of the same name in another namespace is another class.
+    const Namespace *place = context ? context->nameSpace() : nullptr;
+    if (!result.m_type && context && context->className() == className
+        && (!place || place == nameSpaceById(nameSpaceId))) {
         result.m_type = context;
     }
     // It is in no namespace, so no look-up finds it.
