@@ -310,6 +310,7 @@ TEST_F(Containers, AreFreedHoweverDeeplyTheyAreNested)
     for (int depth = 0; depth < 100'000; ++depth) {
         array = MapClass::wrapObject({{"k", ArrayClass::wrapObject({array})}});
     }
+    EXPECT_GT(1000, array->toString().size());
     array = SharedPtr<Object>();
     EXPECT_EQ(1u, innermost->referenceCount());
 }

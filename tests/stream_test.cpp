@@ -370,6 +370,26 @@ TEST(Stream, RefusesMoreArgumentsThanAListHolds)
     EXPECT_EQ(2, signature.numArguments());
 }
 
+TEST(Stream, ReadsOverWhatADescriptorHad)
+{
+    const PropertyDeclaration declaration(
+        train(), intArgument(), qs("declared"),
+        [](SharedPtr<Object>) { return inspector()->createPrimitive(1); },
+        PropertyDeclaration::WriteFunction());
+    Property property(0, train(), &declaration);
+    readFrom(text("read") + intType("") + text("StreamTest_Train") + number(0) + number(7)
+                 + number(Property::Static),
+             property);
+    EXPECT_EQ(nullptr, property.propertyDeclaration());
+    EXPECT_EQ(qs("read"), property.name());
+    EXPECT_TRUE(property.isStatic());
+    EXPECT_FALSE(property.isReadable());
+
+    Event event(train());
+    readFrom(text("e") + text("") + number(3) + number(-2) + number(0), event);
+    EXPECT_TRUE(event.isSendable()) << "any flag but 0";
+}
+
 TEST(Stream, ReadsUnknownClassesAndEnumsAsNull)
 {
     Argument argument;
