@@ -344,8 +344,14 @@ bool DumpObjectTreeDelegate::simplifiedType(SharedPtr<Object>, QString *) const
     return false;
 }
 
-SendEventDelegate::~SendEventDelegate() = default;
+SendEventDelegate::~SendEventDelegate()
+{
+    Inspector::detach(this);
+}
 
-EventNotifyDelegate::~EventNotifyDelegate() = default;
+EventNotifyDelegate::~EventNotifyDelegate()
+{
+    Inspector::detach(this);
+}
 
 } // namespace Vantrel

@@ -355,7 +355,7 @@ public:
     virtual FunctionCallResult<ScreenRectangle> windowGeometry(SharedPtr<Object> window);
 };
 
-/** Sends events into the application. Attached to the Inspector, not to a class. */
+/** Sends events into the application. Attached to the Inspector, which it leaves when destroyed. */
 class VANTREL_EXPORT SendEventDelegate
 {
 public:
@@ -365,7 +365,7 @@ public:
                            const ObjectList &arguments) = 0;
 };
 
-/** Hears of recorded events. Attached to the Inspector, not to a class. */
+/** Hears of recorded events. Attached to the Inspector, which it leaves when destroyed. */
 class VANTREL_EXPORT EventNotifyDelegate
 {
 public:

@@ -201,6 +201,20 @@ void Inspector::removeTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegat
     }
 }
 
+void Inspector::detach(SendEventDelegate *delegate)
+{
+    if (singleton) {
+        singleton->removeSendEventDelegate(delegate);
+    }
+}
+
+void Inspector::detach(EventNotifyDelegate *delegate)
+{
+    if (singleton) {
+        singleton->removeEventNotifyDelegate(delegate);
+    }
+}
+
 int Inspector::numClasses() const
 {
     return d->implementation ? d->implementation->numClasses() : d->classes.size();

@@ -145,6 +145,9 @@ public:
     void addTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegate);
     /** Takes a source away; its destructor does so too. Works without an Inspector. */
     static void removeTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegate);
+    /** What the destructors of these delegates call. Work without an Inspector. */
+    static void detach(SendEventDelegate *delegate);
+    static void detach(EventNotifyDelegate *delegate);
 
     /** Whether the last found object is kept and found again by its name; true at first. */
     void enableObjectCache(bool enabled);

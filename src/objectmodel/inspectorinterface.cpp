@@ -224,6 +224,13 @@ void InspectorInterface::removeSendEventDelegate(SendEventDelegate *delegate)
         m_sendEventDelegates.end());
 }
 
+void InspectorInterface::removeEventNotifyDelegate(EventNotifyDelegate *delegate)
+{
+    if (m_eventNotifyDelegate == delegate) {
+        m_eventNotifyDelegate = nullptr;
+    }
+}
+
 void InspectorInterface::recordEvent(const EventData &event)
 {
     if (isEventRecordingEnabled()) {

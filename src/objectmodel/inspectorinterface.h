@@ -93,6 +93,8 @@ public:
     void setEventRecordingEnabled(bool enabled);
     /** Not owned; null for none. */
     void setEventNotifyDelegate(EventNotifyDelegate *delegate) { m_eventNotifyDelegate = delegate; }
+    /** Takes @p delegate away if it is the one that is set. */
+    void removeEventNotifyDelegate(EventNotifyDelegate *delegate);
     /** Not owned. Delegates are asked in the order in which they were added. */
     void addSendEventDelegate(SendEventDelegate *delegate);
     void removeSendEventDelegate(SendEventDelegate *delegate);
