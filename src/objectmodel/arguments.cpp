@@ -12,7 +12,8 @@ namespace {
 
 enum class TextShape { None, Character, Text, TextList };
 
-/** What native code finds behind a pointer to a "char"; reading it in another shape would overrun. */
+/** What native code finds behind a pointer to a "char"; reading it in another shape would overrun.
+ */
 TextShape textShape(const Class *c, const ObjectAttribute &attribute)
 {
     if (primitiveKind(c) != PrimitiveKind::Char) {
@@ -38,8 +39,8 @@ int elementsWanted(const Argument &declared)
 SharedPtr<Object> converted(const SharedPtr<Object> &value, const Argument &declared)
 {
     const Class *source = value->type();
-    const bool toPointer = textShape(declared.type(), declared.attribute()) == TextShape::Text
-        || declared.isPointer();
+    const bool toPointer =
+        textShape(declared.type(), declared.attribute()) == TextShape::Text || declared.isPointer();
     if (!source->canConvertTo(declared.type(), value->objectAttribute().isPointer(), toPointer,
                               nullptr)) {
         return {};
@@ -94,14 +95,14 @@ QString mismatch(const SharedPtr<Object> &value, const Argument &declared)
         return QStringLiteral("null object given, %1 expected").arg(type);
     }
     if (declared.enumType() && primitiveKind(value->type()) == PrimitiveKind::Char) {
-        return QStringLiteral("'%1' is no key of %2").arg(value->toString(),
-                                                          declared.enumType()->name());
+        return QStringLiteral("'%1' is no key of %2")
+            .arg(value->toString(), declared.enumType()->name());
     }
     const QString given = value->className();
-    return given == type
-        ? QStringLiteral("%1 cannot convert to %2")
-              .arg(given + shapeText(value->objectAttribute()), type + shapeText(declared.attribute()))
-        : QStringLiteral("%1 cannot convert to %2").arg(given, type);
+    return given == type ? QStringLiteral("%1 cannot convert to %2")
+                               .arg(given + shapeText(value->objectAttribute()),
+                                    type + shapeText(declared.attribute()))
+                         : QStringLiteral("%1 cannot convert to %2").arg(given, type);
 }
 
 bool fits(const SharedPtr<Object> &value, const Argument &declared)
@@ -158,8 +159,7 @@ SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declar
     if (isDeclaredClass) {
         return converted(value, declared);
     }
-    if (declared.enumType()
-        && textShape(source, value->objectAttribute()) == TextShape::Text) {
+    if (declared.enumType() && textShape(source, value->objectAttribute()) == TextShape::Text) {
         return enumValue(value, declared);
     }
     return converted(value, declared);

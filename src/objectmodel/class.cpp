@@ -29,7 +29,8 @@ void buildTable(QVector<const T *> &table, int count, Create create)
     }
 }
 
-/** The member with an id of the hierarchy: each class knows its own, behind those of its super class. */
+/** The member with an id of the hierarchy: each class knows its own, behind those of its super
+ * class. */
 template <class T>
 const T *memberById(const Class *c, int id, Class::OffsetType kind,
                     QVector<const T *> ClassPrivate::*table,
@@ -96,9 +97,10 @@ void ClassPrivate::setName(const char *text)
 
 void ClassPrivate::buildMethods(const Class *q)
 {
-    buildTable(methods, numOwnMethods, [q, offset = q->superClassOffset(Class::MethodOffset)](int i) {
-        return q->createMethod(offset + i);
-    });
+    buildTable(methods, numOwnMethods,
+               [q, offset = q->superClassOffset(Class::MethodOffset)](int i) {
+                   return q->createMethod(offset + i);
+               });
 }
 
 void ClassPrivate::buildEvents(const Class *q)
@@ -131,8 +133,8 @@ void ClassPrivate::buildProperties(const Class *q)
         const Property *property = nullptr;
         if (i < numOwnProperties) {
             property = q->createProperty(offset + i);
-        } else if (const PropertyDeclaration *declaration
-                   = propertyDelegate->propertyDeclaration(i - numOwnProperties)) {
+        } else if (const PropertyDeclaration *declaration =
+                       propertyDelegate->propertyDeclaration(i - numOwnProperties)) {
             property = new Property(offset + i, q, declaration);
         }
         return property;
@@ -152,8 +154,8 @@ void ClassPrivate::countDelegateProperties()
 {
     setupPropertyDelegate();
     if (numDelegateProperties == -1) {
-        numDelegateProperties
-            = propertyDelegate ? std::max(0, propertyDelegate->numPropertyDeclarations()) : 0;
+        numDelegateProperties =
+            propertyDelegate ? std::max(0, propertyDelegate->numPropertyDeclarations()) : 0;
     }
 }
 
@@ -166,12 +168,11 @@ void ClassPrivate::setupCastDelegate(const Class *q)
     castDelegate = DelegateFactory::self()->find<CastDelegate>(q);
 }
 
-Class::Class() : d(new ClassPrivate) { }
+Class::Class() : d(new ClassPrivate) {}
 
 Class::Class(const char *name, bool registerClass)
     : Class(name, Inspector::self()->globalNamespace(), registerClass)
-{
-}
+{}
 
 Class::Class(const char *name, Namespace *nameSpace, bool registerClass) : d(new ClassPrivate)
 {
@@ -532,7 +533,7 @@ SharedPtr<Object> Class::wrap(void *data, const ObjectAttribute &attribute) cons
     return mutableSelf()->wrap(data, attribute);
 }
 
-void Class::deleteObjectData(void *, const ObjectAttribute &) const { }
+void Class::deleteObjectData(void *, const ObjectAttribute &) const {}
 
 QString Class::realType(const QString &type)
 {
@@ -588,9 +589,9 @@ QString Class::realType(const QString &type) const
     return mutableSelf()->realType(type);
 }
 
-Interface::Interface(const char *name) : Class(name, false) { }
+Interface::Interface(const char *name) : Class(name, false) {}
 
-Interface::Interface(const char *name, Namespace *nameSpace) : Class(name, nameSpace, false) { }
+Interface::Interface(const char *name, Namespace *nameSpace) : Class(name, nameSpace, false) {}
 
 Interface::~Interface() = default;
 

@@ -125,7 +125,8 @@ public:
     /** Does what canConvertTo() allows; null when nothing applies. */
     virtual SharedPtr<Object> convertTo(SharedPtr<Object> object, const Class *target,
                                         bool targetIsPointer);
-    /** Whether two objects have equal values. What is nested deeper than 256 levels counts as unequal. */
+    /** Whether two objects have equal values. What is nested deeper than 256 levels counts as
+     * unequal. */
     virtual bool compare(SharedPtr<Object> a, SharedPtr<Object> b) const;
     /** Whether two handles stand for the same thing. */
     virtual bool sameObjects(SharedPtr<Object> a, SharedPtr<Object> b) const;

@@ -238,7 +238,8 @@ SharedPtr<Object> Class::convertToTolerant(SharedPtr<Object> object, const Class
     return mutableSelf()->convertToTolerant(object, target, targetIsPointer);
 }
 
-/** A second handle for the data of @p object, which it keeps alive; the first one stays as it is. */
+/** A second handle for the data of @p object, which it keeps alive; the first one stays as it is.
+ */
 SharedPtr<Object> Class::viewed(const SharedPtr<Object> &object, const Class *as)
 {
     void *data = nullptr;

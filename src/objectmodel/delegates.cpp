@@ -139,8 +139,7 @@ std::vector<const Delegate *> DelegateFactory::delegatesForType(Delegate::Type t
 
 ObjectHierarchyDelegate::ObjectHierarchyDelegate(const QString &className)
     : Delegate(className, delegateType)
-{
-}
+{}
 
 ObjectHierarchyDelegate::~ObjectHierarchyDelegate()
 {
@@ -187,28 +186,23 @@ SharedPtr<Object> ObjectHierarchyDelegate::parent(SharedPtr<Object> object)
 
 StaticPropertyDelegate::StaticPropertyDelegate(const QString &className)
     : Delegate(className, delegateType)
-{
-}
+{}
 
 StaticPropertyDelegate::~StaticPropertyDelegate() = default;
 
 DynamicEventDelegate::DynamicEventDelegate(const QString &className)
     : Delegate(className, delegateType)
-{
-}
+{}
 
 DynamicEventDelegate::~DynamicEventDelegate() = default;
 
 SerializeDelegate::SerializeDelegate(const QString &className) : Delegate(className, delegateType)
-{
-}
+{}
 
 SerializeDelegate::~SerializeDelegate() = default;
 
-ConversionDelegate::ConversionDelegate(const QString &className)
-    : Delegate(className, delegateType)
-{
-}
+ConversionDelegate::ConversionDelegate(const QString &className) : Delegate(className, delegateType)
+{}
 
 ConversionDelegate::~ConversionDelegate() = default;
 
@@ -237,28 +231,26 @@ bool ConversionDelegate::toBoolean(SharedPtr<Object>) const
     return false;
 }
 
-void ConversionDelegate::fromString(const QString &, SharedPtr<Object>) const { }
+void ConversionDelegate::fromString(const QString &, SharedPtr<Object>) const {}
 
-void ConversionDelegate::fromInteger(int, SharedPtr<Object>) const { }
+void ConversionDelegate::fromInteger(int, SharedPtr<Object>) const {}
 
-void ConversionDelegate::fromInt64(long long, SharedPtr<Object>) const { }
+void ConversionDelegate::fromInt64(long long, SharedPtr<Object>) const {}
 
-void ConversionDelegate::fromDouble(double, SharedPtr<Object>) const { }
+void ConversionDelegate::fromDouble(double, SharedPtr<Object>) const {}
 
-void ConversionDelegate::fromBoolean(bool, SharedPtr<Object>) const { }
+void ConversionDelegate::fromBoolean(bool, SharedPtr<Object>) const {}
 
-ComparisonDelegate::ComparisonDelegate(const QString &className)
-    : Delegate(className, delegateType)
-{
-}
+ComparisonDelegate::ComparisonDelegate(const QString &className) : Delegate(className, delegateType)
+{}
 
 ComparisonDelegate::~ComparisonDelegate() = default;
 
-CastDelegate::CastDelegate(const QString &className) : Delegate(className, delegateType) { }
+CastDelegate::CastDelegate(const QString &className) : Delegate(className, delegateType) {}
 
 CastDelegate::~CastDelegate() = default;
 
-GeometryDelegate::GeometryDelegate(const QString &className) : Delegate(className, delegateType) { }
+GeometryDelegate::GeometryDelegate(const QString &className) : Delegate(className, delegateType) {}
 
 GeometryDelegate::~GeometryDelegate() = default;
 
@@ -292,8 +284,7 @@ GeometryDelegate::Point GeometryDelegate::relativeToNative(SharedPtr<Object> obj
 
 DumpObjectTreeDelegate::DumpObjectTreeDelegate(const QString &className)
     : Delegate(className, delegateType)
-{
-}
+{}
 
 DumpObjectTreeDelegate::~DumpObjectTreeDelegate() = default;
 

@@ -22,10 +22,10 @@ namespace {
 // runs ask for it while it is still being built.
 Inspector *singleton = nullptr;
 
-const char *const topLevelClassNames[]
-    = {"Vantrel::ToplevelQt",   "Vantrel::ToplevelXView", "Vantrel::ToplevelTk",
-       "Vantrel::ToplevelWeb",  "Vantrel::ToplevelJava",  "Vantrel::ToplevelMac",
-       "Vantrel::ToplevelWin",  "Vantrel::ToplevelAndroid"};
+const char *const topLevelClassNames[] = {"Vantrel::ToplevelQt",   "Vantrel::ToplevelXView",
+                                          "Vantrel::ToplevelTk",   "Vantrel::ToplevelWeb",
+                                          "Vantrel::ToplevelJava", "Vantrel::ToplevelMac",
+                                          "Vantrel::ToplevelWin",  "Vantrel::ToplevelAndroid"};
 
 /** @p name without the one "*" or "&" at its end. */
 QStringView bareTypeName(const QString &name)
@@ -196,8 +196,7 @@ void Inspector::removeTopLevelHierarchyDelegate(ObjectHierarchyDelegate *delegat
 {
     if (singleton && singleton->d->topLevel) {
         auto &delegates = *singleton->d->topLevel;
-        delegates.erase(std::remove(delegates.begin(), delegates.end(), delegate),
-                        delegates.end());
+        delegates.erase(std::remove(delegates.begin(), delegates.end(), delegate), delegates.end());
     }
 }
 
@@ -222,8 +221,7 @@ int Inspector::numClasses() const
 
 const Class *Inspector::type(const QString &name) const
 {
-    return d->implementation ? d->implementation->type(name)
-                             : d->classes.find(bareTypeName(name));
+    return d->implementation ? d->implementation->type(name) : d->classes.find(bareTypeName(name));
 }
 
 const Class *Inspector::type(int id) const

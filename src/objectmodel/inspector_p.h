@@ -42,7 +42,7 @@ public:
     T *at(int id) const { return id >= 0 && id < m_items.size() ? m_items[id] : nullptr; }
     T *find(QStringView name) const
     {
-        const auto found = m_byName.constFind(NameView {name});
+        const auto found = m_byName.constFind(NameView{name});
         return found == m_byName.constEnd() ? nullptr : found->item;
     }
     int size() const { return m_items.size(); }
@@ -69,11 +69,11 @@ int Registry<T>::add(T *item, const QString &name)
         m_items.reserve(m_items.capacity() + growth);
     }
     m_items.append(item);
-    const auto known = m_byName.find(NameView {name});
+    const auto known = m_byName.find(NameView{name});
     if (known != m_byName.end()) {
         known->item = item;
     } else {
-        m_byName.insert(NameView {name}, Entry {name, item});
+        m_byName.insert(NameView{name}, Entry{name, item});
     }
     return m_items.size() - 1;
 }

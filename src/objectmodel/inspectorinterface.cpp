@@ -134,23 +134,23 @@ bool InspectorInterface::sendEvent(const Event *, SharedPtr<Object>, const Objec
     return false;
 }
 
-void InspectorInterface::addPropertyDelegate(StaticPropertyDelegate *) { }
+void InspectorInterface::addPropertyDelegate(StaticPropertyDelegate *) {}
 
-void InspectorInterface::setUniqueProperty(const QString &, const QString &) { }
+void InspectorInterface::setUniqueProperty(const QString &, const QString &) {}
 
-void InspectorInterface::setExtensionCode(const QString &, const QString &) { }
+void InspectorInterface::setExtensionCode(const QString &, const QString &) {}
 
-void InspectorInterface::setMouseTracking(const QString &, bool) { }
+void InspectorInterface::setMouseTracking(const QString &, bool) {}
 
-void InspectorInterface::setRecordMouseDrag(const QString &, bool) { }
+void InspectorInterface::setRecordMouseDrag(const QString &, bool) {}
 
-void InspectorInterface::setAllowKeyEventCompression(const QString &, bool) { }
+void InspectorInterface::setAllowKeyEventCompression(const QString &, bool) {}
 
-void InspectorInterface::enableEventCompression(const QString &, bool) { }
+void InspectorInterface::enableEventCompression(const QString &, bool) {}
 
-void InspectorInterface::setRecorderFilter(const QString &, const QString &) { }
+void InspectorInterface::setRecorderFilter(const QString &, const QString &) {}
 
-void InspectorInterface::setError(const QString &) { }
+void InspectorInterface::setError(const QString &) {}
 
 QString InspectorInterface::lastError()
 {
@@ -240,10 +240,11 @@ void InspectorInterface::recordEvent(const EventData &event)
 
 const Enum *InspectorInterface::enumerator(const QString &name) const
 {
-    // A name that begins with "::" has nothing before it, so the search ends at the second character.
+    // A name that begins with "::" has nothing before it, so the search ends at the second
+    // character.
     const int separator = name.lastIndexOf(QLatin1String("::"));
-    const Class *owner = separator > 0 ? type(name.left(separator))
-                                       : Inspector::self()->globalClass();
+    const Class *owner =
+        separator > 0 ? type(name.left(separator)) : Inspector::self()->globalClass();
     return owner ? owner->enumerator(separator > 0 ? name.mid(separator + 2) : name) : nullptr;
 }
 

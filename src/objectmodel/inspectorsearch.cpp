@@ -67,8 +67,8 @@ Path searchPath(const QString &name, int prefixEnd, bool checkEdition)
                                        : normalizedHierarchicalName(name).split(QLatin1Char('.'));
     const QString first = hasPrefix ? name.left(prefixEnd + 1) : components.takeFirst();
     Path path;
-    path.object = hasPrefix ? inspector->findObject(first, checkEdition)
-                            : inspector->object(first, nullptr);
+    path.object =
+        hasPrefix ? inspector->findObject(first, checkEdition) : inspector->object(first, nullptr);
     if (path.object) {
         path.resolved << first;
         followPath(path, components);
@@ -98,8 +98,7 @@ QString pathText(const QString &name, const Path &path)
 {
     if (!path.resolved.isEmpty()) {
         return QLatin1String("\n    Could not find child '") + path.missing
-            + QLatin1String("' under '") + path.resolved.join(QLatin1Char('.'))
-            + QLatin1Char('\'');
+            + QLatin1String("' under '") + path.resolved.join(QLatin1Char('.')) + QLatin1Char('\'');
     }
     return isSymbolic(name) ? QStringLiteral(" Object name not found in Object Map.") : QString();
 }

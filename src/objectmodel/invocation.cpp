@@ -162,7 +162,7 @@ bool writeDeclared(const SharedPtr<Object> &object, SharedPtr<Object> value,
         value = fitting;
     }
     if (const Method *write = declaration->writeMethod()) {
-        const ObjectList given = value ? ObjectList {value} : ObjectList();
+        const ObjectList given = value ? ObjectList{value} : ObjectList();
         const AdaptedArguments arguments(write->signature(), given);
         if (value && write->signature().numArguments() == 1 && !arguments.isValid()) {
             return reportUnconvertible(value, property);
@@ -176,7 +176,8 @@ bool writeDeclared(const SharedPtr<Object> &object, SharedPtr<Object> value,
     return true;
 }
 
-/** True however the accessor itself fared: callers rely on an accepted value counting as written. */
+/** True however the accessor itself fared: callers rely on an accepted value counting as written.
+ */
 bool writeDelegateProperty(const SharedPtr<Object> &object, const SharedPtr<Object> &value,
                            const Property *property)
 {
@@ -193,10 +194,9 @@ bool verifyMethodArgumentCount(const QString &className, const Method *method,
     if (int(arguments.size()) == expected) {
         return true;
     }
-    const QString text
-        = QStringLiteral("Class::invoke %1::%2: %3 arguments expected, %4 given")
-              .arg(className, QString::number(method->id()), QString::number(expected),
-                   QString::number(arguments.size()));
+    const QString text = QStringLiteral("Class::invoke %1::%2: %3 arguments expected, %4 given")
+                             .arg(className, QString::number(method->id()),
+                                  QString::number(expected), QString::number(arguments.size()));
     printDiagnostic("%s\n", qUtf8Printable(text));
     setError(text);
     return false;
@@ -218,8 +218,9 @@ bool verifyMethodInvocation(SharedPtr<Object> object, const Method *method)
         return false;
     }
     if (!object->isValid()) {
-        setError(QStringLiteral("Cannot invoke member function %1() on invalidated object reference")
-                     .arg(method->name()));
+        setError(
+            QStringLiteral("Cannot invoke member function %1() on invalidated object reference")
+                .arg(method->name()));
         return false;
     }
     return true;
@@ -368,8 +369,7 @@ SharedPtr<Object> Class::construct(const ObjectList &arguments) const
     return {};
 }
 
-bool verifyConstruction(const Class *c, const ObjectList &arguments,
-                        const Constructor *constructor)
+bool verifyConstruction(const Class *c, const ObjectList &arguments, const Constructor *constructor)
 {
     const int expected = constructor->signature().numArguments();
     if (int(arguments.size()) == expected) {

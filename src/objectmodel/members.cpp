@@ -130,8 +130,7 @@ const Class *anyObjectClass()
 
 ObjectAttribute::ObjectAttribute(int flags, int arrayLength)
     : m_flags(flags), m_arrayLength(arrayLength)
-{
-}
+{}
 
 ObjectAttribute::~ObjectAttribute() = default;
 
@@ -152,24 +151,20 @@ Argument::Argument() = default;
 Argument::Argument(const QString &name, const Class *type, const ObjectAttribute &attribute,
                    const Enum *enumType)
     : m_name(name), m_type(typeOrUndefined(type)), m_attribute(attribute), m_enumType(enumType)
-{
-}
+{}
 
 Argument::Argument(const QString &name, const Class *type, int flags, int arrayLength,
                    const Enum *enumType)
     : Argument(name, type, ObjectAttribute(flags, arrayLength), enumType)
-{
-}
+{}
 
 Argument::Argument(const Class *type, const ObjectAttribute &attribute, const Enum *enumType)
     : Argument(QString(), type, attribute, enumType)
-{
-}
+{}
 
 Argument::Argument(const Class *type, int flags, int arrayLength, const Enum *enumType)
     : Argument(QString(), type, ObjectAttribute(flags, arrayLength), enumType)
-{
-}
+{}
 
 Argument::~Argument() = default;
 
@@ -191,8 +186,7 @@ bool operator==(const Argument &a, const Argument &b)
 
 Signature::Signature(const QString &name, const FList<Argument> &arguments)
     : m_name(name), m_arguments(arguments)
-{
-}
+{}
 
 Signature::~Signature() = default;
 
@@ -205,13 +199,12 @@ QString Signature::toString() const
     return QLatin1Char('(') + texts.join(QLatin1String(", ")) + QLatin1Char(')');
 }
 
-Method::Method(const Class *owner) : m_owner(owner) { }
+Method::Method(const Class *owner) : m_owner(owner) {}
 
 Method::Method(int id, const Class *owner, const Argument &returnType, const Signature &signature,
                int flags)
     : m_id(id), m_owner(owner), m_returnType(returnType), m_signature(signature), m_flags(flags)
-{
-}
+{}
 
 Method::~Method() = default;
 
@@ -240,12 +233,11 @@ QString Method::toString() const
     return resultText(m_returnType) + QLatin1Char(' ') + name() + m_signature.toString();
 }
 
-Constructor::Constructor(const Class *owner) : m_owner(owner) { }
+Constructor::Constructor(const Class *owner) : m_owner(owner) {}
 
 Constructor::Constructor(int id, const Class *owner, const Signature &signature)
     : m_id(id), m_owner(owner), m_signature(signature)
-{
-}
+{}
 
 Constructor::~Constructor() = default;
 
@@ -262,12 +254,11 @@ QString Constructor::toString() const
     return ownerName(m_owner) + m_signature.toString();
 }
 
-Event::Event(const Class *owner) : m_owner(owner) { }
+Event::Event(const Class *owner) : m_owner(owner) {}
 
 Event::Event(int id, const Class *owner, const Signature &signature, int flags)
     : m_id(id), m_owner(owner), m_signature(signature), m_flags(flags)
-{
-}
+{}
 
 Event::~Event() = default;
 
@@ -276,7 +267,7 @@ bool Event::sendEvent(SharedPtr<Object> object, const ObjectList &arguments) con
     return Inspector::self()->sendEvent(this, object, arguments);
 }
 
-Enum::Enum(const Class *owner) : m_owner(owner) { }
+Enum::Enum(const Class *owner) : m_owner(owner) {}
 
 Enum::Enum(int id, const Class *owner, const QString &name, const Item *items)
     : m_owner(owner), m_name(name), m_id(id), m_items(items)
@@ -367,24 +358,21 @@ PropertyDeclaration::PropertyDeclaration(const Class *owner, const Argument &typ
                                          const Method *writeMethod)
     : m_owner(owner), m_type(type), m_name(name), m_readMethod(readMethod),
       m_writeMethod(writeMethod)
-{
-}
+{}
 
 PropertyDeclaration::PropertyDeclaration(const Class *owner, const Argument &type,
                                          const QString &name, ReadFunction readFunction,
                                          WriteFunction writeFunction)
     : m_owner(owner), m_type(type), m_name(name), m_readFunction(std::move(readFunction)),
       m_writeFunction(std::move(writeFunction))
-{
-}
+{}
 
 PropertyDeclaration::PropertyDeclaration(const Class *owner, const QString &typeName,
                                          const QString &name, ReadFunction readFunction,
                                          WriteFunction writeFunction)
     : m_owner(owner), m_typeName(typeName), m_name(name), m_readFunction(std::move(readFunction)),
       m_writeFunction(std::move(writeFunction))
-{
-}
+{}
 
 const Argument &PropertyDeclaration::type() const
 {
@@ -426,17 +414,15 @@ void PropertyDeclaration::lazySetup() const
     }
 }
 
-Property::Property(const Class *owner) : m_owner(owner) { }
+Property::Property(const Class *owner) : m_owner(owner) {}
 
 Property::Property(int id, const Class *owner, const Argument &type, const QString &name, int flags)
     : m_owner(owner), m_type(type), m_name(name), m_flags(flags), m_id(id)
-{
-}
+{}
 
 Property::Property(int id, const Class *owner, const PropertyDeclaration *declaration)
     : m_owner(owner), m_declaration(declaration), m_id(id)
-{
-}
+{}
 
 Property::~Property() = default;
 

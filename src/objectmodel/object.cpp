@@ -94,8 +94,7 @@ UserData::~UserData() = default;
 Object::Object(void *data, const Class *c, const ObjectAttribute &attribute)
     : m_data(data), m_class(c), m_attribute(attribute), m_autoDelete(false), m_invalid(false),
       m_isViewed(false)
-{
-}
+{}
 
 Object::Object(const Object &other) = default;
 
@@ -503,9 +502,8 @@ QString Object::propertiesToDebugString()
             continue;
         }
         text += property->name() + QLatin1String(" = ");
-        text += value->type() == m_class
-            ? value->toString() + QLatin1String(" : ") + className()
-            : value->toDebugString();
+        text += value->type() == m_class ? value->toString() + QLatin1String(" : ") + className()
+                                         : value->toDebugString();
         if (i < count - 1) {
             text += QLatin1String(", ");
         }
@@ -515,7 +513,7 @@ QString Object::propertiesToDebugString()
 
 ObjectList::ObjectList() = default;
 
-ObjectList::ObjectList(std::initializer_list<SharedPtr<Object>> items) : m_items(items) { }
+ObjectList::ObjectList(std::initializer_list<SharedPtr<Object>> items) : m_items(items) {}
 
 ObjectList::ObjectList(const ObjectList &other) = default;
 

@@ -257,8 +257,7 @@ void registerWindowFunctions(GlobalClass *global)
         {"_vantrel_window_fullscreen_set", nothing, windowOnly, _vantrel_window_fullscreen_set},
         {"_vantrel_window_foreground_set", nothing, windowOnly, _vantrel_window_foreground_set},
         {"_vantrel_window_focus_set", nothing, windowOnly, _vantrel_window_focus_set},
-        {"_vantrel_window_geometry_get",
-         Argument(objectModelScreenRectangleClass()), windowOnly,
+        {"_vantrel_window_geometry_get", Argument(objectModelScreenRectangleClass()), windowOnly,
          _vantrel_window_geometry_get},
         {"_vantrel_window_focused", Argument::AnyObject(), {}, _vantrel_window_focused},
     };
