@@ -89,13 +89,10 @@ QString resultText(const Argument &result)
 }
 
 /** A member that was read for no class describes something, but there is nobody to ask. */
-bool verifyOwner(const Class *owner, const char *what, const QString &name)
+void reportNoOwner(const char *what, const QString &name)
 {
-    if (!owner) {
-        Inspector::self()->setError(
-            QStringLiteral("The %1 %2 belongs to no class").arg(QLatin1String(what), name));
-    }
-    return owner;
+    Inspector::self()->setError(
+        QStringLiteral("The %1 %2 belongs to no class").arg(QLatin1String(what), name));
 }
 
 QString ownerName(const Class *owner)
@@ -216,7 +213,8 @@ void Method::deprecate(const QString &message)
 
 SharedPtr<Object> Method::invoke(SharedPtr<Object> object, const ObjectList &arguments) const
 {
-    if (!verifyOwner(m_owner, "function", name() + QLatin1String("()"))) {
+    if (!m_owner) {
+        reportNoOwner("function", name() + QLatin1String("()"));
         return {};
     }
     if (isDeprecated() && !m_deprecationReported) {
@@ -243,7 +241,8 @@ Constructor::~Constructor() = default;
 
 SharedPtr<Object> Constructor::construct(const ObjectList &arguments) const
 {
-    if (!verifyOwner(m_owner, "constructor", m_signature.toString())) {
+    if (!m_owner) {
+        reportNoOwner("constructor", m_signature.toString());
         return {};
     }
     return m_owner->mutableSelf()->construct(m_id, arguments, this);
@@ -443,7 +442,8 @@ int Property::flags() const
 
 SharedPtr<Object> Property::get(SharedPtr<Object> object) const
 {
-    if (!verifyOwner(m_owner, "property", name())) {
+    if (!m_owner) {
+        reportNoOwner("property", name());
         return {};
     }
     return m_owner->mutableSelf()->getProperty(m_id, std::move(object), this);
@@ -451,8 +451,11 @@ SharedPtr<Object> Property::get(SharedPtr<Object> object) const
 
 bool Property::set(SharedPtr<Object> object, SharedPtr<Object> value) const
 {
-    return verifyOwner(m_owner, "property", name())
-        && m_owner->setProperty(m_id, std::move(object), std::move(value), this);
+    if (!m_owner) {
+        reportNoOwner("property", name());
+        return false;
+    }
+    return m_owner->setProperty(m_id, std::move(object), std::move(value), this);
 }
 
 QString Property::toString() const
