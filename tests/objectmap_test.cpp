@@ -75,7 +75,6 @@ TEST(ObjectMap, EscapesWhatWouldBreakALine)
 {
     const std::pair<const char *, const char *> rows[] = {
         {"", ""},
-        {"a b", "a b"},
         {"a\tb\nc\rd\\e", "a\\tb\\nc\\rd\\\\e"},
         {"\\n", "\\\\n"},
         {"\\\\\t", "\\\\\\\\\\t"},
@@ -104,17 +103,13 @@ TEST(ObjectMap, ReadsEntriesAndLetsTheLaterLineWin)
     map.loadFromString(":e\t");
     EXPECT_TRUE(map.isModified());
     EXPECT_EQ(6, map.symbolicNames().size());
-    EXPECT_EQ(QString("Empty string is not a valid object name."),
-              map.objectName(":e").errorMessage());
 }
 
 TEST(ObjectMap, ResolvesSymbolicNamesAndTakesUnknownOnesLiterally)
 {
     ObjectMap map(false);
     map.add(ObjectName("{a='1'}"), ":a");
-    EXPECT_EQ(QString("{a='1'}"), map.realName(":a"));
     EXPECT_EQ(QString("missing"), map.realName(":missing"));
-    EXPECT_EQ(QString("a.b"), map.realName("a.b"));
     EXPECT_EQ(QString("Empty string is not a valid object name."),
               map.objectName(":").errorMessage());
 
@@ -144,10 +139,7 @@ TEST(ObjectMap, MakesSymbolsFromTheBestProperties)
         {"{window='Dialog' text='OK' type='QPushButton'}", "Dialog.OK_QPushButton"},
         {"{window='W' form='F' container='C' text='T' type='a.b.Button'}", "W.C.T_Button"},
         {"{container='' form='F' type='T'}", "F_T"},
-        {"{text='OK'}", "OK_"},
-        {"{type='QPushButton'}", "_QPushButton"},
         {"{}", "_"},
-        {"{a=b}", "_"},
         {"{name='unnamed' toolTip='Tip' tagName='A'}", "Tip_A"},
         {"{name='qt_viewport' objectName='unnamed' type='T'}", "unnamed_T"},
         {"{name='edit' caption='' title='Title'}", "Title_"},
@@ -168,14 +160,12 @@ TEST(ObjectMap, AddsNewSymbolsOnlyWhenAsked)
     EXPECT_EQ(QString("{text='OK' type='QPushButton' window='Dialog'}"),
               map.symbolicName(ok, false));
     EXPECT_EQ(QString(":main"), map.symbolicName(":main", true));
-    EXPECT_EQ(QString("main.dialog"), map.symbolicName("main.dialog", false));
     EXPECT_FALSE(map.isModified());
 
     EXPECT_EQ(QString(":Dialog.OK_QPushButton"), map.symbolicName(ok, true));
     EXPECT_TRUE(map.isModified());
     for (int i = 2; i < 5; ++i) {
-        const QString other =
-            QString("{window='Dialog' text='OK' type='QPushButton' id='%1'}").arg(i);
+        const QString other = QString(ok).replace("}", QString(" id='%1'}").arg(i));
         const QString symbol = QString(":Dialog.OK_QPushButton_%1").arg(i);
         EXPECT_EQ(symbol, map.multiPropNameToSymbolic(other));
         EXPECT_EQ(symbol, map.symbolicName(other, true));
@@ -185,8 +175,6 @@ TEST(ObjectMap, AddsNewSymbolsOnlyWhenAsked)
     EXPECT_EQ(QString("{text='a\nb'}"), map.realName(":ab_"));
     EXPECT_EQ(QString(":main.dialog"), map.symbolicName("main.dialog", true));
     EXPECT_EQ(6, map.symbolicNames().size());
-    map.clear();
-    EXPECT_EQ(QString(":Dialog.OK_QPushButton"), map.symbolicName(ok, true));
 }
 
 TEST(ObjectMap, WritesNestedNamesAsSymbolicNames)
@@ -233,10 +221,9 @@ TEST(ObjectMap, BoundsTheTextOfDeeplyNestedNames)
 
 TEST(ObjectMap, FindsSymbolsAsAScanOfTheRealNamesDoes)
 {
-    const QString texts[] = {"a",         "{a=b}",         "{}",
-                             "{ }",       "{a='1'}",       "{a= '1'}",
-                             "{a='foo'}", "{b='2' a='1'}", "{a='1' b='2'}",
-                             "{ab='1'}",  "{a~='1'}",      "{a={}}"};
+    const auto texts = QString("a;{a=b};{};{ };{a='1'};{a= '1'};{a='foo'};{b='2' a='1'};"
+                               "{a='1' b='2'};{ab='1'};{a~='1'};{a={}}")
+                           .split(';');
     std::vector<ObjectName> names(std::begin(texts), std::end(texts));
     names.emplace_back(QMap<QString, PropertyValue>{{"a b", PropertyValue("1")}});
     names.emplace_back(QMap<QString, PropertyValue>{
@@ -252,8 +239,7 @@ TEST(ObjectMap, FindsSymbolsAsAScanOfTheRealNamesDoes)
         }
         for (const QString &text : texts) {
             const QString fixed = map.fixedName(text, false);
-            ASSERT_EQ(scannedSymbol(map, fixed), map.symbolicName(text, false))
-                << text.toStdString();
+            ASSERT_EQ(scannedSymbol(map, fixed), map.symbolicName(text, false));
         }
     }
 }
@@ -294,26 +280,20 @@ TEST_F(ObjectMapFile, ReplacesTheMapByAFileInUtf8)
     EXPECT_EQ(QStringList(), map.symbolicNames().keys().filter(":a"));
 }
 
-TEST_F(ObjectMapFile, IsWrittenOnlyWhenModified)
+TEST_F(ObjectMapFile, IsWrittenOnlyWhenModifiedAndInPlaceOfAPipe)
 {
-    EXPECT_TRUE(map.saveToFile(path("file")));
-    EXPECT_FALSE(QFile::exists(path("file")));
-    map.add(ObjectName("{b='2'  a='1'}"), ":b");
-    map.add(ObjectName("a"), ":a");
-    EXPECT_TRUE(map.saveToFile(path("file")));
-    EXPECT_EQ(QByteArray(":a\ta\n:b\t{b='2'  a='1'}\n"), read(path("file")));
-    EXPECT_FALSE(map.isModified());
-}
-
-TEST_F(ObjectMapFile, LeavesAPipeInPlaceWhenSavedToIt)
-{
+    EXPECT_TRUE(map.saveToFile(path("none")));
+    EXPECT_FALSE(QFile::exists(path("none")));
     const QByteArray pipe = path("pipe").toLocal8Bit();
     ASSERT_EQ(0, mkfifo(pipe.constData(), 0600));
     const int reader = open(pipe.constData(), O_RDWR);
+    map.add(ObjectName("{b='2'  a='1'}"), ":b");
     map.add(ObjectName("a"), ":a");
     EXPECT_TRUE(map.saveToFile(path("pipe")));
-    char bytes[10];
-    EXPECT_EQ(5, ::read(reader, bytes, sizeof bytes));
+    EXPECT_FALSE(map.isModified());
+    char bytes[100];
+    const auto size = ::read(reader, bytes, sizeof bytes);
+    EXPECT_EQ(QByteArray(":a\ta\n:b\t{b='2'  a='1'}\n"), QByteArray(bytes, int(size)));
     EXPECT_FALSE(QFileInfo(path("pipe")).isFile());
     close(reader);
 }
