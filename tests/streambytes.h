@@ -17,10 +17,13 @@ public:
     explicit Pipe(const QByteArray &bytes) : m_bytes(bytes) { open(ReadOnly | Unbuffered); }
     bool isSequential() const override { return true; }
     int numUnread() const { return m_bytes.size(); }
+    /** The most that was asked for at once, which a reader has to allocate first. */
+    qint64 largestRead() const { return m_largestRead; }
 
 protected:
     qint64 readData(char *data, qint64 size) override
     {
+        m_largestRead = qMax(m_largestRead, size);
         const int count = int(qMin<qint64>(size, m_bytes.size()));
         std::copy_n(m_bytes.constData(), count, data);
         m_bytes.remove(0, count);
@@ -30,6 +33,7 @@ protected:
 
 private:
     QByteArray m_bytes;
+    qint64 m_largestRead = 0;
 };
 
 template <class Record>
