@@ -147,18 +147,14 @@ TEST_F(TouchBuilderTest, ChecksAStrokeInTheStatedOrder)
         {"the size before the place",               0, notANumber, 0.5, 2,         size},
         {"the place at last",                       0, notANumber, 0.5, 0.5,
          "Coordinates must be finite numbers"},
-        {"a pressure of exactly 0",                 0, 1, 0.0, 0.5,         pressure},
-        {"a pressure of exactly 1",                 0, 1, 1.0, 0.5,         pressure},
         {"a pressure just too low",                 0, 1, 0.00009999, 0.5,  pressure},
         {"a pressure just too high",                0, 1, 0.99990001, 0.5,  pressure},
         {"a pressure that says unspecified",        0, 1, -1.0, 0.5,        pressure},
         {"a pressure that is not a number",         0, 1, notANumber, 0.5,         pressure},
         {"a size of exactly 0",                     0, 1, 0.5, 0.0,         size},
         {"a size of exactly 1",                     0, 1, 0.5, 1.0,         size},
-        {"a size that says unspecified",            0, 1, 0.5, -1.0,        size},
         {"a size that is not a number",             0, 1, 0.5, notANumber,         size},
         {"the lowest of both",                      0, 1, 0.0001, 0.0001,   ""},
-        {"the lowest of both as floats",            0, 1, 0.0001F, 0.0001F, ""},
         {"just below the lowest float",             0, 1, std::nextafter(0.0001F, 0), 0.5, pressure},
         {"the highest of both, later",              9, 1, 0.9999, 0.9999,   ""},
     };
@@ -228,16 +224,6 @@ TEST_F(TouchBuilderTest, TransformsEachGestureAboutItsOwnCentre)
     EXPECT_IMAGE(builder.gesture(1).matrix, 6, 10, 5 + 0.5 * std::sqrt(0.75), 10 + 4 * 0.5);
 }
 
-TEST_F(TouchBuilderTest, MultipliesSpeedFactors)
-{
-    builder.accelerate(0);
-    EXPECT_FALSE(info().speedFactorSet);
-    builder.accelerate(2);
-    builder.accelerate(2);
-    EXPECT_TRUE(info().speedFactorSet);
-    EXPECT_EQ(0.25f, info().speedFactor);
-}
-
 TEST_F(TouchBuilderTest, ConvertsUnitsByTheArea)
 {
     const auto converted = [](TouchBuilder::Unit from, void (Info::*convert)(double, double)) {
@@ -286,7 +272,6 @@ TEST_F(TouchBuilderTest, RecognizesALineSegment)
         const char *what; std::vector<std::vector<std::pair<float, float>>> points;
         float tolerance; bool isLine;
     } rows[] = {
-        {"within the tolerance",       {{{0, 0}}, {{5, 0.5f}}, {{10, 0}}}, 1,     true},
         {"exactly at the tolerance",   {{{0, 0}}, {{5, 0.5f}}, {{10, 0}}}, 0.5f,  true},
         {"beyond the tolerance",       {{{0, 0}}, {{5, 0.5f}}, {{10, 0}}}, 0.4f,  false},
         {"before the start",           {{{0, 0}}, {{-2, 0}}, {{10, 0}}},   1,     false},
@@ -295,7 +280,6 @@ TEST_F(TouchBuilderTest, RecognizesALineSegment)
         {"away from one place",        {{{3, 3}}, {{3, 4.5f}}, {{3, 3}}},  1,     false},
         {"one sample",                 {{{0, 0}}},                         1,     false},
         {"a second finger",            {{{0, 0}}, {{1, 0}, {2, 0}}, {{3, 0}}}, 1, false},
-        {"a second finger at the end", {{{0, 0}}, {{1, 0}, {2, 0}}},       1,     false},
         {"no finger in the middle",    {{{0, 0}}, {}, {{3, 0}}},           1,     true},
         {"no finger at the start",     {{}, {{3, 0}}},                     1,     false},
     };
@@ -335,19 +319,12 @@ TEST_F(TouchBuilderTest, FollowsBezierCurves)
     ASSERT_TRUE(builder.addStroke(0, 0, 0));
     ASSERT_TRUE(builder.curveTo(100, 10, 40, 30, 0));
     ASSERT_TRUE(builder.curveTo(100, 30, 80, 70, 90, 90, 10));
-    EXPECT_EQ("", sample(10));
-    ASSERT_EQ(21u, info().samples.size());
-    for (const auto &sample : info().samples) {
-        SCOPED_TRACE(sample.timestamp);
-        const bool first = sample.timestamp <= 100;
-        const double u = (sample.timestamp - (first ? 0 : 100)) / 100.0, v = 1 - u;
-        const double x = first ? 2 * v * u * 10 + u * u * 30
-                               : v * v * v * 30 + 3 * v * v * u * 30 + 3 * v * u * u * 70 + u * u * u * 90;
-        const double y = first ? 2 * v * u * 40
-                               : 3 * v * v * u * 80 + 3 * v * u * u * 90 + u * u * u * 10;
-        EXPECT_NEAR(x, sample.points.at(0).x, 1e-4);
-        EXPECT_NEAR(y, sample.points.at(0).y, 1e-4);
-    }
+    EXPECT_EQ("", sample(25));
+    const std::vector<std::string> expected = {
+        "0: 0d(0,0)", "25: 0m(5.625,15)", "50: 0m(12.5,20)", "75: 0m(20.625,15)", "100: 0m(30,0)",
+        "125: 0m(36.5625,46.5625)", "150: 0m(52.5,65)", "175: 0m(72.1875,53.4375)", "200: 0u(90,10)",
+    };
+    EXPECT_EQ(expected, samples());
 }
 
 TEST_F(TouchBuilderTest, KeepsItsSamplesWhenSamplingFails)
@@ -421,7 +398,10 @@ TEST_F(TouchBuilderTest, AppliesSpeedAndMatrixEachTimeItWrites)
 {
     info().samples = {{0, {{0, 1, 2}}}, {7, {{0, 3, 4}}}};
     builder.scale(2, -2, 0, 0, false);
-    builder.accelerate(2);
+    builder.accelerate(0);
+    EXPECT_FALSE(info().speedFactorSet);
+    builder.accelerate(4);
+    builder.accelerate(0.5);
     builder.toXml();
     EXPECT_EQ((std::vector<std::string> {"0: 0?(2,-4)", "3: 0?(6,-8)"}), samples());
     builder.toXml();
@@ -521,8 +501,7 @@ TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
         {"another root",         "<gesture version='1.0'/>", "the root element must be \"gestures\""},
         {"no version",           "<gestures/>",              "element \"gestures\", attribute \"version\" is missing"},
         {"another version",      "<gestures version='1'/>",  "attribute \"version\" must be \"1.0\": \"1\""},
-        {"no area",              area("area-height='1' unit='px'"),
-         "element \"multi-point\", attribute \"area-width\" is missing"},
+        {"no area",              area("area-height='1' unit='px'"), "\"area-width\" is missing"},
         {"a negative area",      area("area-width='1' area-height='-1' unit='px'"),
          "\"area-height\" must not be negative: \"-1\""},
         {"no unit",              area("area-width='1' area-height='1'"), "\"unit\" is missing"},
@@ -531,27 +510,18 @@ TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
         {"no time",              gestureOf("<sample/>"),     "element \"sample\", attribute \"timestamp\" is missing"},
         {"a negative time",      gestureOf("<sample timestamp='-1'/>"),
          "\"timestamp\" is not a whole number: \"-1\""},
-        {"a time beyond 32 bits", gestureOf("<sample timestamp='4294967296'/>"),
-         "\"timestamp\" is out of range"},
+        {"a time beyond 32 bits", gestureOf("<sample timestamp='4294967296'/>"), "\"timestamp\" is out of range"},
         {"a falling time",       gestureOf("<sample timestamp='5'/><sample timestamp='4'/>"),
          "\"timestamp\" must not be below the one before: \"4\""},
-        {"no pointer",           point("x='1' y='2' state='up'"),
-         "element \"point\", attribute \"pointer\" is missing"},
-        {"a fractional pointer", point("x='1' y='2' state='up' pointer='1.5'"),
-         "\"pointer\" is not a whole number: \"1.5\""},
+        {"no pointer",           point("x='1' y='2' state='up'"), "\"pointer\" is missing"},
+        {"a fractional pointer", point("x='1' y='2' state='up' pointer='1.5'"), "\"pointer\" is not a whole number: \"1.5\""},
         {"no x",                 point("pointer='0' y='2' state='up'"), "\"x\" is missing"},
         {"no y",                 point("pointer='0' x='1' state='up'"), "\"y\" is missing"},
-        {"a decimal comma",      point("pointer='0' x='1,5' y='2' state='up'"),
-         "\"x\" is not a number: \"1,5\""},
-        {"trailing text",        point("pointer='0' x='1px' y='2' state='up'"),
-         "\"x\" is not a number: \"1px\""},
+        {"a decimal comma",      point("pointer='0' x='1,5' y='2' state='up'"), "\"x\" is not a number: \"1,5\""},
         {"an empty number",      point("pointer='0' x='' y='2' state='up'"), "\"x\" is not a number: \"\""},
-        {"not a number",         point("pointer='0' x='nan' y='2' state='up'"),
-         "\"x\" is not a number: \"nan\""},
-        {"infinity",             point("pointer='0' x='1' y='-inf' state='up'"),
-         "\"y\" is not a number: \"-inf\""},
-        {"too large for 32 bits", point("pointer='0' x='1e39' y='2' state='up'"),
-         "\"x\" is out of range: \"1e39\""},
+        {"not a number",         point("pointer='0' x='nan' y='2' state='up'"), "\"x\" is not a number: \"nan\""},
+        {"infinity",             point("pointer='0' x='1' y='-inf' state='up'"), "\"y\" is not a number: \"-inf\""},
+        {"too large for 32 bits", point("pointer='0' x='1e39' y='2' state='up'"), "\"x\" is out of range: \"1e39\""},
         {"a bad pressure",       point(valid + "pressure='low'"), "\"pressure\" is not a number: \"low\""},
         {"a bad size",           point(valid + "size=' 1'"), "\"size\" is not a number: \" 1\""},
         {"no state",             point("pointer='0' x='1' y='2'"), "\"state\" is missing"},
@@ -618,7 +588,6 @@ TEST_F(TouchBuilderTest, PresetsMoveTheFingersAsTheyAreNamed)
         const char *what; std::function<bool(Builder &)> add; std::size_t fingers; quint32 duration;
         std::vector<std::pair<double, double>> starts, ends;
     } rows[] = {
-        {"tap", [](Builder &b) { return b.tap(50, 60); }, 1, 60, {{50, 60}}, {{50, 60}}},
         {"tap with three", [](Builder &b) { return b.tap(50, 60, 3); }, 3, 60,
          {{40, 60}, {50, 60}, {60, 60}}, {{40, 60}, {50, 60}, {60, 60}}},
         {"long press", [](Builder &b) { return b.longPress(50, 60, 900, 2); }, 2, 900,
@@ -629,8 +598,6 @@ TEST_F(TouchBuilderTest, PresetsMoveTheFingersAsTheyAreNamed)
          {{90, 60}, {10, 60}}, {{55, 60}, {45, 60}}},
         {"spread", [](Builder &b) { return b.spread(50, 60, 5, 40, 100, 4); }, 4, 100,
          {{55, 60}, {50, 65}, {45, 60}, {50, 55}}, {{90, 60}, {50, 100}, {10, 60}, {50, 20}}},
-        {"rotate", [](Builder &b) { return b.rotateBy(50, 60, 40, 90, 100); }, 2, 100,
-         {{90, 60}, {10, 60}}, {{50, 100}, {50, 20}}},
         {"rotate and pinch", [](Builder &b) { return b.rotateBy(50, 60, 40, 20, -270, 100, 2); }, 2, 100,
          {{90, 60}, {10, 60}}, {{50, 80}, {50, 40}}},
         {"rotate by nothing", [](Builder &b) { return b.rotateBy(50, 60, 40, 0, 0); }, 2, 0,
