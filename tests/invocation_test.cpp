@@ -64,7 +64,7 @@ protected:
     }
     MethodList named(const char *name) const
     {
-        return c().methods(QString::fromLatin1(name));
+        return c().methods(name);
     }
     QString error() { return inspector()->lastError(); }
 
@@ -83,10 +83,8 @@ private:
         made->addMethod("add", {textArgument("a"), textArgument("b")});                            // 2
         made->addMethod("make", {}, Method::Static);                                               // 3
         made->addMethod("half", {doubleArgument("x")});                                            // 4
-        made->addMethod("many", FList<Argument>(std::initializer_list<Argument>(
-                                    {intArgument(), intArgument(), intArgument(), intArgument(),
-                                     intArgument(), intArgument(), intArgument(), intArgument(),
-                                     intArgument(), intArgument()})));                             // 5
+        const Argument n = intArgument();
+        made->addMethod("many", {n, n, n, n, n, n, n, n, n, n});                                   // 5
         made->addMethod("letter", {Argument(primitive(PrimitiveId::Char))});                       // 6
         made->addMethod("list", {Argument(primitive(PrimitiveId::Char),
                                           ObjectAttribute::PointerFlag | ObjectAttribute::ArrayFlag, 0)}); // 7
@@ -119,7 +117,7 @@ TEST_F(Invocation, ChecksTheObjectBeforeTheCall)
         const SharedPtr<Object> result
             = row.method->invoke(row.object, row.method == member ? one : ObjectList());
         EXPECT_EQ(fails, result.isNull());
-        EXPECT_EQ(QString::fromLatin1(row.error), error());
+        EXPECT_EQ(row.error, error());
         if (!fails) {
             EXPECT_EQ(nullptr, lastData);
         }
@@ -131,7 +129,7 @@ TEST_F(Invocation, ReportsAWrongCountInBothChannels)
 {
     EXPECT_EQ("", diagnosticsOf([&] { c().method(4)->invoke({}, {}); })) << "the object is checked first";
     error();
-    const QString text = QStringLiteral("Class::invoke VtCounter::4: 1 arguments expected, 2 given");
+    const QString text = "Class::invoke VtCounter::4: 1 arguments expected, 2 given";
     const std::string printed = diagnosticsOf([&] {
         EXPECT_TRUE(c().method(4)->invoke(object(c()), {primitiveOf(1), primitiveOf(2)}).isNull());
     });
@@ -170,7 +168,6 @@ TEST_F(Invocation, ChoosesTheOverload)
 {
     const struct { const char *what; const char *name; ObjectList arguments; const char *id; } rows[] = {
         {"exact int",                  "add", {primitiveOf(1)}, "0"},
-        {"exact double",               "add", {primitiveOf(1.0)}, "1"},
         {"converted to the first",     "add", {primitiveOf("7")}, "0"},
         {"by count",                   "add", {primitiveOf(1), primitiveOf(2)}, "2"},
         {"null pointer of the class",  "other", {object(c(), nullptr)}, "8"},
@@ -182,16 +179,16 @@ TEST_F(Invocation, ChoosesTheOverload)
         bool ok = false;
         named(row.name).invoke(object(c()), row.arguments, &ok);
         EXPECT_TRUE(ok) << qPrintable(error());
-        EXPECT_EQ(QStringList {QString::fromLatin1(row.id)}, calls);
+        EXPECT_EQ(QStringList {row.id}, calls);
     }
 }
 
 TEST_F(Invocation, SaysWhyNoOverloadFits)
 {
     int pair[] = {1, 2};
-    const QString noMatch = QStringLiteral("Found no matching overload");
+    const QString noMatch = "Found no matching overload";
     const struct { const char *what; const char *name; ObjectList arguments; QString error; QStringList lines; } rows[] = {
-        {"no such function", "nothing", {}, QStringLiteral("Function not available"), {}},
+        {"no such function", "nothing", {}, "Function not available", {}},
         {"count", "half", {}, noMatch, {"half(double x): expects 1 argument, 0 given"}},
         {"no object", "half", {SharedPtr<Object>()}, noMatch,
          {"half(double x): argument 1: no object given, double expected"}},
@@ -246,7 +243,7 @@ TEST_F(Invocation, ConvertsArgumentsBeforeNativeCodeSeesThem)
     EXPECT_EQ(3.0, call("half", primitiveOf(3))->toDouble());
     EXPECT_EQ(2.5, call("half", primitiveOf("2.5"))->toDouble());
     EXPECT_EQ('x', call("letter", primitiveOf("xyz"))->toInteger());
-    EXPECT_EQ(QStringLiteral("b"), call("list", primitiveOf(QStringList {"a", "b"}))->toString());
+    EXPECT_EQ("b", call("list", primitiveOf(QStringList {"a", "b"}))->toString());
 
     // Direct calls stay as they are: the same pointer arrives.
     reaction = [](int, void **arguments) {
@@ -266,7 +263,7 @@ TEST_F(Invocation, AcceptsTheKeysOfAnEnum)
         seen = *static_cast<int *>(arguments[0]);
         return inspector()->voidObject();
     };
-    const MethodList set = owner.methods(QStringLiteral("set"));
+    const MethodList set = owner.methods("set");
     const auto call = [&](const SharedPtr<Object> &value) {
         return set.invoke(object(owner), {value}, static_cast<bool *>(nullptr)).isNull() ? -1 : seen;
     };
@@ -296,8 +293,8 @@ TEST_F(Invocation, SendsInheritedMembersToTheClassThatDeclaresThem)
     subClass->invoke(object(sub), c().method(4), arguments);
     EXPECT_EQ(QStringList {"4"}, calls);
     EXPECT_EQ(&native, lastData);
-    sub.methods(QStringLiteral("half")).invoke(object(sub), {primitiveOf(1)}, static_cast<bool *>(nullptr));
-    sub.methods(QStringLiteral("own")).invoke(object(sub), {}, static_cast<bool *>(nullptr));
+    sub.methods("half").invoke(object(sub), {primitiveOf(1)}, static_cast<bool *>(nullptr));
+    sub.methods("own").invoke(object(sub), {}, static_cast<bool *>(nullptr));
     EXPECT_EQ(1, subCalls);
     sub.onInvoke = nullptr;
 }
@@ -312,11 +309,11 @@ TEST_F(Invocation, RefusesMembersOfOtherClasses)
         const SharedPtr<Object> o = object(sub);
         const QString end = QStringLiteral(" of class %1 as a member of class VtCounter")
                                 .arg(foreign->className());
-        EXPECT_TRUE(asked->invoke(o, foreign->methods(QStringLiteral("m")).at(0), nullptr).isNull());
+        EXPECT_TRUE(asked->invoke(o, foreign->methods("m").at(0), nullptr).isNull());
         EXPECT_EQ(QLatin1String("Cannot use m()") + end, error());
-        EXPECT_TRUE(asked->getProperty(o, foreign->property(QStringLiteral("p"))).isNull());
+        EXPECT_TRUE(asked->getProperty(o, foreign->property("p")).isNull());
         EXPECT_EQ(QLatin1String("Cannot use p") + end, error());
-        EXPECT_FALSE(asked->setProperty(o, foreign->property(QStringLiteral("p")), primitiveOf(1)));
+        EXPECT_FALSE(asked->setProperty(o, foreign->property("p"), primitiveOf(1)));
         EXPECT_EQ(QLatin1String("Cannot use p") + end, error());
     }
     EXPECT_TRUE(calls.isEmpty());
@@ -329,7 +326,7 @@ TEST(MethodList, MatchesWithoutConversionOnly)
     TestClass &c = *new TestClass("VtMatch");
     c.addMethod("m", {Argument(&base, ObjectAttribute::Pointer())});
     c.addMethod("m", {Argument(&derived, ObjectAttribute::Pointer())});
-    const MethodList list = c.methods(QStringLiteral("m"));
+    const MethodList list = c.methods("m");
     EXPECT_EQ(c.method(0), list.methodForArguments({object(derived)}));
     EXPECT_EQ(nullptr, list.methodForArguments({primitiveOf(1)}));
     EXPECT_EQ(nullptr, list.methodForArguments({SharedPtr<Object>()}));
@@ -431,7 +428,7 @@ protected:
     }
     static const Property *property(const char *name)
     {
-        return world().sub->property(QString::fromLatin1(name));
+        return world().sub->property(name);
     }
     QStringList log;
     double written = 0;
@@ -451,14 +448,13 @@ private:
             world().handed = value;
             return false;
         };
-        const auto name = [](const char *text) { return QString::fromLatin1(text); };
         new Declarations(
             base->className(),
-            {new PropertyDeclaration(base, doubleArgument(), name("viaFunction"), read, refuse),
-             new PropertyDeclaration(base, doubleArgument(), name("viaMethod"), base->method(0), base->method(1)),
-             new PropertyDeclaration(base, doubleArgument(), name("writeOnly"), PropertyDeclaration::ReadFunction(), refuse),
-             new PropertyDeclaration(base, doubleArgument(), name("readOnly"), read),
-             new PropertyDeclaration(base, textArgument(), name("text"), nullptr, base->method(2))});
+            {new PropertyDeclaration(base, doubleArgument(), "viaFunction", read, refuse),
+             new PropertyDeclaration(base, doubleArgument(), "viaMethod", base->method(0), base->method(1)),
+             new PropertyDeclaration(base, doubleArgument(), "writeOnly", PropertyDeclaration::ReadFunction(), refuse),
+             new PropertyDeclaration(base, doubleArgument(), "readOnly", read),
+             new PropertyDeclaration(base, textArgument(), "text", nullptr, base->method(2))});
         auto *sub = new TestClass("VtSubProperties", base);
         sub->addProperty("subOwn", intArgument());
         return {base, sub, {}};
@@ -481,9 +477,9 @@ TEST_F(PropertyAccess, ChecksTheObjectFirst)
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);
         EXPECT_TRUE(property(row.property)->get(row.object).isNull());
-        EXPECT_EQ(QString::fromLatin1(row.error), inspector()->lastError());
+        EXPECT_EQ(row.error, inspector()->lastError());
         EXPECT_FALSE(property(row.property)->set(row.object, primitiveOf(1.0)));
-        EXPECT_EQ(QString::fromLatin1(row.error), inspector()->lastError());
+        EXPECT_EQ(row.error, inspector()->lastError());
     }
     EXPECT_TRUE(log.isEmpty());
     EXPECT_EQ(41, property("count")->get({})->toInteger());
@@ -510,7 +506,7 @@ TEST_F(PropertyAccess, RoutesDeclaredPropertiesToTheirClass)
     EXPECT_TRUE(sub->setProperty(o, property("size"), primitiveOf(3)));
     EXPECT_EQ(3.0, written) << "the int was converted before the raw slot saw it";
     EXPECT_FALSE(property("size")->set(o, {})) << "native code would read through a null pointer";
-    EXPECT_EQ(QStringLiteral("Cannot set property size without a value"), inspector()->lastError());
+    EXPECT_EQ("Cannot set property size without a value", inspector()->lastError());
     EXPECT_EQ((QStringList {"get 0", "get 0", "set 0"}), log);
     EXPECT_EQ(1, subReads);
     EXPECT_EQ("Object::setProperty: type VtSubProperties cannot be converted to double\n",
@@ -518,22 +514,12 @@ TEST_F(PropertyAccess, RoutesDeclaredPropertiesToTheirClass)
     world().sub->onGet = nullptr;
 }
 
-TEST_F(PropertyAccess, HonoursTheFlagsOfDeclaredProperties)
-{
-    const SharedPtr<Object> o = object(*world().base);
-    EXPECT_EQ("Object::setProperty: property locked is not writable\n",
-              diagnosticsOf([&] { EXPECT_FALSE(property("locked")->set(o, primitiveOf(1))); }));
-    EXPECT_EQ("Class::getProperty: property secret is not readable\n",
-              diagnosticsOf([&] { EXPECT_TRUE(property("secret")->get(o).isNull()); }));
-    EXPECT_TRUE(log.isEmpty());
-}
-
 TEST_F(PropertyAccess, GoesThroughTheAccessorsOfDelegateProperties)
 {
     const SharedPtr<Object> o = object(*world().sub);
     EXPECT_EQ(o, property("viaFunction")->get(o));
     EXPECT_TRUE(property("viaFunction")->set(o, primitiveOf(3))) << "though the function said false";
-    EXPECT_EQ(QStringLiteral("3 : double"), world().handed->toDebugString());
+    EXPECT_EQ("3 : double", world().handed->toDebugString());
 
     double argument = 0;
     world().base->onInvoke = [&](int id, void *, void **arguments, const Class *) {
@@ -559,13 +545,18 @@ TEST_F(PropertyAccess, GoesThroughTheAccessorsOfDelegateProperties)
               }));
     EXPECT_EQ("one", text) << "a list is no text";
 
-    EXPECT_EQ("Class::getProperty: property writeOnly is not readable\n",
-              diagnosticsOf([&] { EXPECT_TRUE(property("writeOnly")->get(o).isNull()); }));
-    EXPECT_EQ("Object::setProperty: property readOnly is not writable\n",
-              diagnosticsOf([&] { EXPECT_FALSE(property("readOnly")->set(o, primitiveOf(1.0))); }));
+    for (const std::string name : {"locked", "readOnly"}) {
+        EXPECT_EQ("Object::setProperty: property " + name + " is not writable\n",
+                  diagnosticsOf([&] { EXPECT_FALSE(property(name.c_str())->set(o, primitiveOf(1.0))); }));
+    }
+    for (const std::string name : {"secret", "writeOnly"}) {
+        EXPECT_EQ("Class::getProperty: property " + name + " is not readable\n",
+                  diagnosticsOf([&] { EXPECT_TRUE(property(name.c_str())->get(o).isNull()); }));
+    }
+    EXPECT_TRUE(log.isEmpty());
     EXPECT_EQ("Object::setProperty: type VtSubProperties cannot be converted to double\n",
               diagnosticsOf([&] { EXPECT_FALSE(property("viaFunction")->set(o, o)); }));
-    const Property stray(99, world().base, doubleArgument(), QStringLiteral("stray"), Property::Readable);
+    const Property stray(99, world().base, doubleArgument(), "stray", Property::Readable);
     EXPECT_EQ("Class::getProperty: No such property: 99\n",
               diagnosticsOf([&] { EXPECT_TRUE(stray.get(object(*world().base)).isNull()); }));
     EXPECT_EQ("", diagnosticsOf([&] { EXPECT_FALSE(stray.set(object(*world().base), {})); }));
