@@ -375,7 +375,6 @@ public:
     {
         Inspector::self()->addSendEventDelegate(this);
     }
-    ~Sender() override { Inspector::self()->removeSendEventDelegate(this); }
     bool sendEvent(const Event *, SharedPtr<Object>, const ObjectList &) override
     {
         ++asked;
@@ -434,19 +433,23 @@ TEST_F(Events, AreRecordedWhileThatIsEnabledAndSomebodyListens)
     public:
         void notifyEvent(const EventData &event) override { names << event.eventName; }
         QStringList names;
-    } recorder;
+    };
+    auto recorder = std::make_unique<Recorder>();
     EventData event;
     event.eventName = "clicked";
     inspector->setEventRecordingEnabled(true);
     EXPECT_FALSE(inspector->isEventRecordingEnabled());
     inspector->recordEvent(event);
-    inspector->setEventNotifyDelegate(&recorder);
+    inspector->setEventNotifyDelegate(recorder.get());
     EXPECT_TRUE(inspector->isEventRecordingEnabled());
     inspector->recordEvent(event);
     inspector->setEventRecordingEnabled(false);
     inspector->recordEvent(event);
-    inspector->setEventNotifyDelegate(nullptr);
-    EXPECT_EQ(QStringList("clicked"), recorder.names);
+    EXPECT_EQ(QStringList("clicked"), recorder->names);
+    inspector->setEventRecordingEnabled(true);
+    recorder.reset();
+    EXPECT_FALSE(inspector->isEventRecordingEnabled()) << "it left with its destruction";
+    inspector->setEventRecordingEnabled(false);
 }
 
 TEST_F(Events, RecorderSettingsAreReadByTheirNames)
