@@ -103,8 +103,7 @@ QDataStream::Status read(const Handle &object, QIODevice *device)
 
 QDataStream::Status read(const Handle &object, const QByteArray &bytes)
 {
-    VantrelTest::Pipe pipe(bytes);
-    return read(object, &pipe);
+    return read(object, QDataStream(bytes).device());
 }
 
 /** Holds an int, but is not the class "int". */
@@ -210,13 +209,8 @@ TEST(Primitives, ConvertNothingElse)
 
 TEST(Primitives, TakeOverValues)
 {
-    const struct
-    {
-        const char *what;
-        Handle object;
-        std::function<void(Object &)> change;
-        const char *expected;
-    } rows[] = {
+    using Change = std::function<void(Object &)>;
+    const std::tuple<const char *, Handle, Change, const char *> rows[] = {
         {"true in any case", single("bool", false), [](Object &o) { o.fromString("TrUe"); },
          "true : bool"},
         {"no whole number", single("bool", true), [](Object &o) { o.fromString("1.5"); },
@@ -256,14 +250,14 @@ TEST(Primitives, TakeOverValues)
         {"null list", null("char", ObjectAttribute(listFlags, 2)),
          [](Object &o) { o.fromBoolean(true); }, "true : char[]"},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, object, change, expected] : rows) {
+        SCOPED_TRACE(what);
         auto *note = new Note;
-        row.object->setUserData(note);
-        row.change(*row.object);
-        EXPECT_EQ(row.expected, debugText(row.object));
-        EXPECT_TRUE(row.object->isAutoDelete());
-        EXPECT_EQ(note, row.object->userData()) << "a new value is no new thing";
+        object->setUserData(note);
+        change(*object);
+        EXPECT_EQ(expected, debugText(object));
+        EXPECT_TRUE(object->isAutoDelete());
+        EXPECT_EQ(note, object->userData()) << "a new value is no new thing";
     }
 }
 
