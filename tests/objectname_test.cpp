@@ -165,15 +165,11 @@ TEST(ObjectNameParser, ReportsEachMistakeWithItsColumn)
         {"operator at the end", "{a?", 0, 2, unexpected(3, "=", "?")},
         {"bare value", "{a=x}", 0, 3, noValue(4, "x")},
         {"no-break space is no blank", "{a=\u00A0'x'}", 0, 3, noValue(4, "\u00A0")},
-        {"mistake in a nested name", "{a={b=}}", 0, 6, noValue(7, "}")},
         {"placeholders in the text", "{%1=%2}", 0, 4, noValue(5, "%")},
         {"columns count UTF-16 units", "{\U0001F600=x}", 0, 4, noValue(5, "x")},
         {"backslash at the end", "{a='x\\", 0, 5,
          "Object name @ unexpectedly ends in backslash at column 5"},
-        {"end after a value", "{a='1'", 0, 6, ended(6)},
         {"end in a quoted value", "{a='1}", 0, 6, ended(6)},
-        {"end around a nested name", "{a={}", 0, 5, ended(5)},
-        {"no text", "", 0, 0, ended(0)},
         {"start after the end", "{}", 5, 5, ended(5)},
         {"start inside", "x{a='1'}y", 1, 7, ""},
         {"start below 0", "{}", -1, 1, ""},
@@ -202,20 +198,6 @@ TEST(ObjectNameParser, TakesOneWholeNameWithWhiteSpaceAround)
     EXPECT_EQ(u("kept"), error);
     EXPECT_FALSE(isMultiPropertyName(" {a='1'} "));
     EXPECT_FALSE(isMultiPropertyName("{"));
-}
-
-TEST(ObjectNameParser, ReplacesAStaleErrorOnlyWhereALevelKnowsMore)
-{
-    QString error = "stale";
-    int index = 0;
-    parseNameByProperties("{a='1'", &index, &error);
-    EXPECT_EQ(u("stale"), error);
-    parseNameByProperties("{a={b={c='}", &(index = 0), &error);
-    EXPECT_EQ(u("Unexpected end of object name: {a={b={c='}. Parsing a nested object name "
-                "starting at column 6 ended at column 11 which is unexpected."),
-              error);
-    EXPECT_TRUE(parseNameByProperties("{a={b=}}").isEmpty());
-    EXPECT_TRUE(parseNameByProperties("{a={b='}").isEmpty());
 }
 
 TEST(ObjectNameParser, PrintsWhatItReadInCanonicalForm)
