@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 
 using namespace Vantrel;
 using namespace VantrelTest;
@@ -80,29 +81,23 @@ TEST(EventDataArg, WritesOnlyTheFieldsOfItsKind)
 {
     EventDataArg other = referenceArg();
     other.kind = 9;
-    const struct
-    {
-        const char *what;
-        EventDataArg argument;
-        QByteArray bytes;
-        const char *file;
-    } rows[] = {
+    const std::tuple<const char *, EventDataArg, QByteArray, const char *> rows[] = {
         {"a value", valueArg("count"), text("count") + number(0) + number(0) + fiveBytes,
          "eventarg_value.bin"},
         {"a list", listArg(), listBytes, "eventarg_list.bin"},
         {"an object", referenceArg(), referenceBytes, "eventarg_reference.bin"},
         {"an unknown kind", other, text("target") + number(2) + number(9), nullptr},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
-        EXPECT_EQ(row.bytes.toHex(), written(row.argument).toHex());
+    for (const auto &[what, argument, bytes, file] : rows) {
+        SCOPED_TRACE(what);
+        EXPECT_EQ(bytes.toHex(), written(argument).toHex());
         EventDataArg copy = valueArg("left over");
         int unread = 0;
-        EXPECT_EQ(QDataStream::Ok, readFrom(row.bytes + number(1), copy, &unread));
+        EXPECT_EQ(QDataStream::Ok, readFrom(bytes + number(1), copy, &unread));
         EXPECT_EQ(4, unread);
-        EXPECT_EQ(row.bytes.toHex(), written(copy).toHex());
-        if (row.file) {
-            EXPECT_EQ(row.bytes.toHex(), keptRecord(row.file).toHex());
+        EXPECT_EQ(bytes.toHex(), written(copy).toHex());
+        if (file) {
+            EXPECT_EQ(bytes.toHex(), keptRecord(file).toHex());
         }
     }
 }
@@ -134,12 +129,7 @@ TEST(EventData, GivesUpOnCountsThatCannotBe)
     const qint32 most = std::numeric_limits<qint32>::max();
     const QByteArray reference = text("t") + number(0) + number(2) + text("") + text("");
     const QByteArray list = text("t") + number(0) + number(1);
-    const struct
-    {
-        const char *what;
-        QByteArray bytes;
-        QDataStream::Status status;
-    } rows[] = {
+    const std::tuple<const char *, QByteArray, QDataStream::Status> rows[] = {
         {"two thousand million names", reference + number(most) + text("a"),
          QDataStream::ReadPastEnd},
         {"a negative number of names", reference + number(-1) + text("a"),
@@ -153,10 +143,9 @@ TEST(EventData, GivesUpOnCountsThatCannotBe)
          QDataStream::ReadCorruptData},
         {"lists just deep enough", nestedLists(EventDataArg::maxDepth), QDataStream::Ok},
     };
-    for (const auto &row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto &[what, bytes, status] : rows) {
         EventDataArg argument;
-        EXPECT_EQ(row.status, readFrom(row.bytes, argument));
+        EXPECT_EQ(status, readFrom(bytes, argument)) << what;
     }
     EventData event;
     int unread = 0;
