@@ -129,6 +129,7 @@ TEST(GlobalClass, HasPropertiesWithoutAnObject)
     EXPECT_TRUE(property->isStatic() && property->isReadable() && property->isWritable());
     EXPECT_EQ(3, property->get({})->toInteger());
     EXPECT_TRUE(property->set({}, text("11")));
+    EXPECT_EQ(11, volume);
     EXPECT_FALSE(property->set({}, number(12)));
     EXPECT_FALSE(property->set({}, {}));
     EXPECT_EQ("Cannot set global property globalTestVolume without a value", lastError());
