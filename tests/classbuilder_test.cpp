@@ -182,6 +182,7 @@ TEST_F(ClassBuilderTest, NumbersMembersOverTheWholeHierarchy)
     const Method *find = c->methods("find").at(0);
     EXPECT_TRUE(find->isStatic());
     EXPECT_EQ("use lookUp", find->deprecationMessage());
+    EXPECT_FALSE(c->methods("joined").at(0)->isDeprecated());
 }
 
 TEST_F(ClassBuilderTest, DescribesHowParametersAndResultsArePassed)
