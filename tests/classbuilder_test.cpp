@@ -538,10 +538,15 @@ TEST(ClassBuilder, PassesContainers)
             }
             return sum;
         }
+        std::map<QString, QString> tags() const { return m_tags; }
+        void setTags(const std::map<QString, QString> &tags) { m_tags = tags; }
+        std::map<QString, QString> m_tags;
     };
     registerContainerClasses();
-    const Class *c =
-        ClassBuilder<Series>("BuilderSeries").method("sum", &Series::sum, {"values"}).add();
+    const Class *c = ClassBuilder<Series>("BuilderSeries")
+                         .method("sum", &Series::sum, {"values"})
+                         .property("tags", &Series::tags, &Series::setTags)
+                         .add();
     ASSERT_TRUE(c);
     Series series;
     const SharedPtr<Object> object = wrap(&series);
@@ -552,4 +557,7 @@ TEST(ClassBuilder, PassesContainers)
     EXPECT_FALSE(sum->invoke(object, {wrap(std::vector<Series *>{&series})}));
     EXPECT_EQ("BuilderSeries::sum: element 0: BuilderSeries cannot convert to double",
               Inspector::self()->lastError());
+    const std::map<QString, int> tags{{"a", 1}};
+    EXPECT_TRUE(c->property(0)->set(object, wrap(tags)));
+    EXPECT_EQ(tags, (unwrap<std::map<QString, int>>(c->property(0)->get(object))));
 }
