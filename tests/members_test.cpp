@@ -107,12 +107,14 @@ TEST(Enum, IsAMaskWhileNoValuesShareABit)
 {
     static const Enum::Item bits[] = {{"A", 1}, {"B", 2}, {"C", 4}, {nullptr, 0}};
     static const Enum::Item counted[] = {{"A", 1}, {"B", 2}, {"C", 3}, {nullptr, 0}};
+    static const Enum::Item distant[] = {{"A", 1}, {"B", 2}, {"C", 5}, {nullptr, 0}};
     static const Enum::Item zeroOne[] = {{"A", 0}, {"B", 1}, {nullptr, 0}};
     static const Enum::Item zeros[] = {{"A", 0}, {"B", 0}, {nullptr, 0}};
     static const Enum::Item negative[] = {{"A", -1}, {"B", 1}, {nullptr, 0}};
     static const Enum::Item none[] = {{nullptr, 0}};
     const struct { const char *what; const Enum::Item *items; bool mask; } rows[] = {
-        {"bits", bits, true}, {"counted", counted, false}, {"zero and one", zeroOne, true},
+        {"bits", bits, true}, {"counted", counted, false}, {"a bit of an earlier but one", distant, false},
+        {"zero and one", zeroOne, true},
         {"zero twice", zeros, true}, {"equal values", sizes, false},
         {"negative", negative, false}, {"empty", none, true}, {"no table", nullptr, true},
     };
