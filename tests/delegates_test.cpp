@@ -1,6 +1,7 @@
 #include "testclass.h"
 
 #include "objectmodel/delegates.h"
+#include "objectmodel/uielement.h"
 
 #include <gtest/gtest.h>
 
@@ -154,6 +155,45 @@ TEST(GeometryDelegate, TranslatesByTheGlobalBounds)
     const int most = std::numeric_limits<int>::max();
     EXPECT_EQ(most, delegate.relativeToGlobal({}, most, 0).x);
     EXPECT_EQ(-most - 1, delegate.globalToRelative({}, 0, -most).y);
+}
+
+TEST(DumpObjectTreeDelegate, FillsElementsForWhatTheFiltersAccept)
+{
+    class NoNumbers : public DumpFilter
+    {
+        bool accepts(const SharedPtr<Object> &object) const override
+        {
+            return !object->isA(primitive(PrimitiveId::Int));
+        }
+    };
+    class Dump : public DumpObjectTreeDelegate
+    {
+    public:
+        Dump() : DumpObjectTreeDelegate(QStringLiteral("DtDumped")) {}
+        bool dumpObject(SharedPtr<Object> object, bool, UiElement *element, const Filters &filters,
+                        QString *) const override
+        {
+            if (!filters.at("numbers")->accepts(object)) {
+                return false;
+            }
+            UiElement *child = element->addChild();
+            child->setProperty(QStringLiteral("text"), QStringLiteral("old"));
+            child->setProperty(QStringLiteral("size"), QStringLiteral("1"));
+            child->setProperty(QStringLiteral("text"), object->toString());
+            return true;
+        }
+    } dump;
+    NoNumbers numbers;
+    const DumpObjectTreeDelegate::Filters filters {{"numbers", &numbers}};
+    UiElement root;
+    EXPECT_FALSE(dump.dumpObject(inspector()->createPrimitive(1), true, &root, filters, nullptr));
+    EXPECT_TRUE(dump.dumpObject(inspector()->createPrimitive("a"), true, &root, filters, nullptr));
+    ASSERT_EQ(1u, root.children().size());
+    const std::vector<std::pair<QString, QString>> expected {{"text", "a"}, {"size", "1"}};
+    EXPECT_EQ(expected, root.children().front()->properties());
+    // What a delegate does not override it does not handle, and says so.
+    EXPECT_FALSE(dump.takeScreenshot(inspector()->createPrimitive(1), &root));
+    EXPECT_FALSE(dump.isTransparent(inspector()->createPrimitive(1)));
 }
 
 TEST(ObjectHierarchyDelegate, FindsTheParentThroughAllObjects)
