@@ -1,0 +1,12 @@
+#ifndef VANTREL_QT_EXPORT_H
+#define VANTREL_QT_EXPORT_H
+
+#include <QtGlobal>
+
+#ifdef VANTREL_QT_BUILD
+#define VANTREL_QT_EXPORT Q_DECL_EXPORT
+#else
+#define VANTREL_QT_EXPORT Q_DECL_IMPORT
+#endif
+
+#endif // VANTREL_QT_EXPORT_H
