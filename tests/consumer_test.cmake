@@ -21,8 +21,8 @@ set(prefix "${WORK_DIR}/prefix")
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --config "${CONFIG}" --prefix "${prefix}")
 
 # Every header is public unless its name ends in _p, and no other is installed.
-set(include_dir "${prefix}/include/vantrel/objectmodel")
-file(GLOB installed RELATIVE "${include_dir}" "${include_dir}/*")
+set(include_dir "${prefix}/include/vantrel")
+file(GLOB_RECURSE installed RELATIVE "${include_dir}" "${include_dir}/*")
 list(SORT installed)
 list(SORT HEADERS)
 if(NOT installed STREQUAL HEADERS)

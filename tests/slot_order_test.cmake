@@ -25,7 +25,7 @@ endforeach()
 
 set(probes "")
 foreach(header IN LISTS HEADERS)
-    string(APPEND probes "#include \"objectmodel/${header}\"\n")
+    string(APPEND probes "#include \"${header}\"\n")
 endforeach()
 string(APPEND probes "namespace Vantrel::Probes {\n")
 foreach(class IN LISTS classes)
