@@ -69,7 +69,7 @@ public:
             && a.m_section == b.m_section && a.m_index == b.m_index;
     }
     friend bool operator!=(const Node &a, const Node &b) { return !(a == b); }
-    friend uint qHash(const Node &node, uint seed = 0);
+    friend uint qHash(const Node &node, uint seed);
 
 private:
     Kind m_kind = Kind::None;
@@ -79,6 +79,8 @@ private:
     QGraphicsItem *m_item = nullptr;
     QModelIndex m_index;
 };
+
+uint qHash(const Node &node, uint seed = 0);
 
 // The tree of a tester: every node has one parent, so each is visited once.
 // The order of children is that of their creation, rows and columns.
