@@ -1,6 +1,12 @@
 #include "qt/wrapper.h"
 
+#include "qt/casts_p.h"
+#include "qt/events_p.h"
+#include "qt/handles_p.h"
+#include "qt/values_p.h"
+
 #include "objectmodel/inspector.h"
+#include "objectmodel/object.h"
 
 #include <QCoreApplication>
 #include <QThread>
@@ -21,8 +27,23 @@ bool install()
             QStringLiteral("The Qt wrapper needs an application object of its thread"));
         return false;
     }
-    isInstalled = true;
-    return isInstalled;
+    if (!isInstalled) {
+        isInstalled = true;
+        registerValueClasses();
+        registerCasts();
+        registerEvents();
+    }
+    return true;
+}
+
+SharedPtr<Object> handleFor(QObject *object)
+{
+    return handleOf(object);
+}
+
+QObject *qobjectFor(const SharedPtr<Object> &handle)
+{
+    return qobjectOf(handle);
 }
 
 } // namespace Vantrel::QtWrapper
