@@ -17,13 +17,20 @@ namespace Vantrel::QtWrapper {
  * opened it return. Only one of the two runs at a time.
  *
  * Outside a script waiting means a nested event loop: a modal dialog that the
- * application opens in it must be closed before the wait can return.
+ * application opens in it must be closed before the wait can return. The same
+ * goes for an event loop that a script opens itself.
+ *
+ * When the application ends while a script waits, that wait and all later ones
+ * fail at once, so that the script runs to its end. One that goes on through a
+ * hundred failed waits is cut off: the next ones throw, and if it catches that
+ * a hundred times too, it is left where it is and nothing on its stack destroyed.
  */
 
 /**
  * Runs @p body as a script and serves events until it has ended. To be called
  * where the application would enter its event loop. An exception that leaves
- * @p body ends it.
+ * @p body ends it. Dialogs and menus that are open then in event loops of their
+ * own are closed, as this could not return before them.
  * @return empty when the body returned, else the reason why it did not: the
  *         text of the exception, or that a script is running already.
  */

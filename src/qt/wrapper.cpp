@@ -1,5 +1,6 @@
 #include "qt/wrapper.h"
 
+#include "qt/actions_p.h"
 #include "qt/casts_p.h"
 #include "qt/events_p.h"
 #include "qt/handles_p.h"
@@ -32,6 +33,7 @@ bool install()
         registerValueClasses();
         registerCasts();
         registerEvents();
+        registerWaiting();
     }
     return true;
 }
