@@ -60,33 +60,47 @@ QString plainText(const QLabel *label)
 /** Without the place of the mark of a modified document. */
 QString windowTitle(const QWidget *widget)
 {
-    return widget->windowTitle().remove(QLatin1String("[*]"));
+    const QString title = widget->windowTitle();
+    return title.isEmpty() ? title : QString(title).remove(QLatin1String("[*]"));
+}
+
+QString propertyLabel(QObject *object, int property)
+{
+    const QString label = readText(object, property);
+    // Behind a tab menu items, and the buttons made from them, have their shortcut.
+    const int end = label.indexOf(QLatin1Char('\t'));
+    return end == -1 ? label : label.left(end);
+}
+
+QString widgetLabel(QWidget *widget, Traits traits)
+{
+    if (traits.is(Traits::Label)) {
+        return plainText(static_cast<QLabel *>(widget));
+    }
+    QString label;
+    if (widget->isWindow()) {
+        label = windowTitle(widget);
+    }
+    if (label.isEmpty() && traits.labelProperty != -1) {
+        label = withoutMnemonics(propertyLabel(widget, traits.labelProperty));
+    }
+    return label.isEmpty() ? windowTitle(widget) : label;
 }
 
 QString objectLabel(QObject *object)
 {
     const Traits traits = traitsOf(object);
-    if (traits.is(Traits::Label)) {
-        return plainText(static_cast<QLabel *>(object));
+    if (object->isWidgetType()) {
+        return widgetLabel(static_cast<QWidget *>(object), traits);
     }
     if (const auto *text = qobject_cast<QGraphicsTextItem *>(object)) {
         return text->toPlainText();
     }
-    const QString title =
-        object->isWidgetType() ? windowTitle(static_cast<QWidget *>(object)) : QString();
-    const bool isWindow = object->isWindowType()
-        || (object->isWidgetType() && static_cast<QWidget *>(object)->isWindow());
-    if (traits.labelProperty == -1 || (isWindow && !title.isEmpty())) {
-        return title;
+    if (traits.labelProperty == -1) {
+        return QString();
     }
-    const QMetaProperty property = object->metaObject()->property(traits.labelProperty);
-    const QString label = property.read(object).toString();
-    if (label.isEmpty()) {
-        return title;
-    }
-    // Behind a tab menu items, and the buttons made from them, have their shortcut.
-    return object->isWindowType() ? label
-                                  : withoutMnemonics(label.section(QLatin1Char('\t'), 0, 0));
+    const QString label = propertyLabel(object, traits.labelProperty);
+    return object->isWindowType() ? label : withoutMnemonics(label);
 }
 
 QString headerLabel(const QHeaderView *header, int section)

@@ -245,6 +245,32 @@ bool showsTree(const QAbstractItemView *view)
     return view->inherits("QTreeView") || traitsOf(view).is(Traits::ColumnView);
 }
 
+QString readText(const QObject *object, int propertyIndex)
+{
+    QString text;
+    QVariant boxed;
+    int status = -1; // becomes another value when the class prefers the QVariant
+    void *result[] = {&text, &boxed, &status};
+    QMetaObject::metacall(const_cast<QObject *>(object), QMetaObject::ReadProperty, propertyIndex,
+                          result);
+    return status == -1 ? text : boxed.toString();
+}
+
+QString contentOf(const Node &node)
+{
+    const QObject *object = node.object();
+    if (!object || !traitsOf(object).is(Traits::Content)) {
+        return QString();
+    }
+    for (const char *name : {"text", "currentText", "plainText", "keySequence"}) {
+        const QVariant value = object->property(name);
+        if (value.isValid()) {
+            return value.toString();
+        }
+    }
+    return QString();
+}
+
 QString withoutMnemonics(const QString &text)
 {
     if (!text.contains(QLatin1Char('&'))) {

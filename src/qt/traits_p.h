@@ -63,6 +63,13 @@ bool isTreeObject(QObject *object);
 /** Whether the view shows the children of its items. */
 bool showsTree(const QAbstractItemView *view);
 
+/**
+ * A property of the type QString by its index over the hierarchy. Quicker than
+ * QMetaProperty, which passes it through a QVariant.
+ */
+QString readText(const QObject *object, int propertyIndex);
+/** What a user has typed into or chosen in a widget whose text is no label. */
+QString contentOf(const Node &node);
 /** A text without the marks of keyboard accelerators. */
 QString withoutMnemonics(const QString &text);
 

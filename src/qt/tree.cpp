@@ -1,6 +1,7 @@
 #include "qt/node_p.h"
 
 #include "qt/traits_p.h"
+#include "qt/tree_p.h"
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -317,13 +318,15 @@ bool eachChildWindow(const QWindow *parent, F &visit)
 }
 
 template <class F>
-bool eachChildOfWidget(QWidget *widget, F &visit)
+bool eachChildOfWidget(QWidget *widget, ModelItems modelItems, F &visit)
 {
     if (!widget->children().isEmpty() && !eachChildWidget(widget, widget, visit)) {
         return false;
     }
     const Traits traits = traitsOf(widget);
-    if (traits.is(Traits::HasParts) && !eachPartOf(widget, traits, visit)) {
+    const bool isLeftOut =
+        modelItems == ModelItems::LeftOut && traits.is(Traits::ItemView | Traits::HeaderView);
+    if (traits.is(Traits::HasParts) && !isLeftOut && !eachPartOf(widget, traits, visit)) {
         return false;
     }
     const QWindow *window = widget->isWindow() ? widget->windowHandle() : nullptr;
@@ -348,10 +351,10 @@ bool eachChildOfGraphicsObject(QGraphicsObject *object, Traits traits, F &visit)
 }
 
 template <class F>
-bool eachChildOfObject(QObject *object, F &visit)
+bool eachChildOfObject(QObject *object, ModelItems modelItems, F &visit)
 {
     if (object->isWidgetType()) {
-        return eachChildOfWidget(static_cast<QWidget *>(object), visit);
+        return eachChildOfWidget(static_cast<QWidget *>(object), modelItems, visit);
     }
     const Traits traits = traitsOf(object);
     if (traits.is(Traits::Action)) {
@@ -366,11 +369,11 @@ bool eachChildOfObject(QObject *object, F &visit)
 }
 
 template <class F>
-bool eachChild(const Node &parent, F &visit)
+bool eachChild(const Node &parent, ModelItems modelItems, F &visit)
 {
     switch (parent.kind()) {
     case Node::Kind::Object:
-        return eachChildOfObject(parent.object(), visit);
+        return eachChildOfObject(parent.object(), modelItems, visit);
     case Node::Kind::ModelItem:
         return eachItemBelow(parent, visit);
     case Node::Kind::GraphicsItem:
@@ -382,13 +385,15 @@ bool eachChild(const Node &parent, F &visit)
 }
 
 template <class F>
-bool visitBelow(const Node &node, F &visit)
+bool visitBelow(const Node &node, ModelItems modelItems, F &visit)
 {
     if (!visit(node)) {
         return false;
     }
-    const auto visitChild = [&visit](const Node &child) { return visitBelow(child, visit); };
-    return eachChild(node, visitChild);
+    const auto visitChild = [&visit, modelItems](const Node &child) {
+        return visitBelow(child, modelItems, visit);
+    };
+    return eachChild(node, modelItems, visitChild);
 }
 
 // The top level.
@@ -481,14 +486,15 @@ QList<QWindow *> topLevelWindows()
 }
 
 template <class F>
-bool visitAll(const Node &root, F &visit)
+bool visitAll(const Node &root, ModelItems modelItems, F &visit)
 {
     if (root) {
-        return visitBelow(root, visit);
+        return visitBelow(root, modelItems, visit);
     }
     const auto nodes = topLevelNodes();
-    return std::all_of(nodes.begin(), nodes.end(),
-                       [&visit](const Node &node) { return visitBelow(node, visit); });
+    return std::all_of(nodes.begin(), nodes.end(), [&visit, modelItems](const Node &node) {
+        return visitBelow(node, modelItems, visit);
+    });
 }
 
 /** What is outside of the tree, found from the objects in it. */
@@ -505,7 +511,7 @@ public:
             }
             return true;
         };
-        visitAll(Node(), note);
+        visitAll(Node(), ModelItems::LeftOut, note);
         QObjectList owners;
         const auto collect = [&owners](const Node &node) {
             if (node.object()) {
@@ -513,7 +519,7 @@ public:
             }
             return true;
         };
-        visitAll(m_root, collect);
+        visitAll(m_root, ModelItems::LeftOut, collect);
         return std::all_of(owners.begin(), owners.end(),
                            [this](QObject *owner) { return visitOwnedBy(owner); })
             && (m_root || visitWindows());
@@ -598,7 +604,7 @@ std::vector<Node> childNodes(const Node &parent)
         nodes.push_back(node);
         return true;
     };
-    eachChild(parent, add);
+    eachChild(parent, ModelItems::Visited, add);
     return nodes;
 }
 
@@ -629,7 +635,12 @@ Node windowNode(const Node &node)
 
 bool visitNodes(const Node &root, const Visit &visit)
 {
-    return visitAll(root, visit);
+    return visitAll(root, ModelItems::Visited, visit);
+}
+
+bool visitNodes(const Node &root, ModelItems modelItems, const Visit &visit)
+{
+    return visitAll(root, modelItems, visit);
 }
 
 bool visitHiddenObjects(const Node &root, const Visit &visit)

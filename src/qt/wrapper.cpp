@@ -4,6 +4,7 @@
 #include "qt/casts_p.h"
 #include "qt/events_p.h"
 #include "qt/handles_p.h"
+#include "qt/hierarchy_p.h"
 #include "qt/values_p.h"
 
 #include "objectmodel/inspector.h"
@@ -34,6 +35,7 @@ bool install()
         registerCasts();
         registerEvents();
         registerWaiting();
+        registerHierarchy();
     }
     return true;
 }

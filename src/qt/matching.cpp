@@ -1,0 +1,463 @@
+#include "qt/matching_p.h"
+
+#include "qt/handles_p.h"
+#include "qt/items_p.h"
+#include "qt/names_p.h"
+#include "qt/traits_p.h"
+#include "qt/tree_p.h"
+#include "qt/values_p.h"
+
+#include "objectmodel/inspector.h"
+#include "objectmodel/object.h"
+#include "objectmodel/objectmap.h"
+#include "objectmodel/objectsearch.h"
+
+#include <QHeaderView>
+#include <QMetaProperty>
+
+#include <algorithm>
+#include <cstring>
+
+namespace Vantrel::QtWrapper {
+
+namespace {
+
+/** Symbolic names can refer to each other in a circle. */
+constexpr int maximumDepth = 32;
+
+QString boolText(bool value)
+{
+    return value ? QStringLiteral("true") : QStringLiteral("false");
+}
+
+bool matchesBool(const PropertyValue &wanted, bool value, QString *actual)
+{
+    if (actual) {
+        *actual = boolText(value);
+    }
+    return wanted.matches(boolText(value))
+        || wanted.matches(value ? QStringLiteral("1") : QStringLiteral("0"));
+}
+
+bool matchesText(const PropertyValue &wanted, const QString &value, QString *actual)
+{
+    if (actual) {
+        *actual = value.isNull() ? QLatin1String("") : value;
+    }
+    return wanted.matches(value);
+}
+
+/** -1 for what stands in no row. */
+int rowOf(const Node &node)
+{
+    if (node.kind() == Node::Kind::HeaderSection) {
+        const auto *header = static_cast<QHeaderView *>(node.host());
+        return header->orientation() == Qt::Vertical ? node.section() : -1;
+    }
+    return node.index().row();
+}
+
+int columnOf(const Node &node)
+{
+    if (node.kind() == Node::Kind::HeaderSection) {
+        const auto *header = static_cast<QHeaderView *>(node.host());
+        return header->orientation() == Qt::Horizontal ? node.section() : -1;
+    }
+    return node.kind() == Node::Kind::Tab ? node.section() : node.index().column();
+}
+
+QString describe(const Node &node)
+{
+    const QString name = objectNameOf(node);
+    const QString text = name.isEmpty() ? labelOf(node) : name;
+    return text.isEmpty() ? typeName(node) : text;
+}
+
+/** A name that another one refers to; null when the condition is a plain text. */
+std::unique_ptr<ObjectName> referredName(const PropertyValue &value)
+{
+    const QString &text = value.stringValue();
+    if (value.matchingMode() != PropertyValue::Equals
+        || (!value.isObject() && !text.startsWith(QLatin1Char(':')))) {
+        return nullptr;
+    }
+    const ObjectMap *map = ObjectMap::self();
+    if (value.isObject() || !map) {
+        return std::make_unique<ObjectName>(value.isObject() ? text : text.mid(1));
+    }
+    return std::make_unique<ObjectName>(map->objectName(text));
+}
+
+} // namespace
+
+/** What all conditions of a search share. */
+struct Matcher::Context
+{
+    Relations relations;
+};
+
+struct Matcher::Condition
+{
+    bool isRelation() const { return kind >= Kind::Window; }
+
+    PropertyValue wanted;
+    QByteArray name;
+    QByteArray utf8; ///< of the wanted text
+    Kind kind = Kind::Property;
+    bool isPlain = false;
+
+    // Relations, and properties that are objects, match a name or one object.
+    std::unique_ptr<Matcher> nested;
+    bool isOneObject = false;
+    Node object;
+    QHash<Node, bool> known;
+
+    // Of the class seen last.
+    const QMetaObject *meta = nullptr;
+    const char *className = nullptr;
+    bool isOfType = false;
+    int propertyIndex = -1;
+    int propertyType = QMetaType::UnknownType;
+};
+
+Matcher::Matcher(const ObjectName &name) : Matcher(name, std::make_shared<Context>(), 0) {}
+
+Matcher::Matcher(const ObjectName &name, const std::shared_ptr<Context> &context, int depth)
+    : m_context(context)
+{
+    compile(name, depth);
+}
+
+Matcher::~Matcher() = default;
+
+Matcher::Kind Matcher::kindOf(const QString &name)
+{
+    static const struct
+    {
+        const char *name;
+        Kind kind;
+    } rows[] = {
+        {"type", Kind::Type},
+        {"name", Kind::Name},
+        {"text", Kind::Text},
+        {"visible", Kind::Visible},
+        {"enabled", Kind::Enabled},
+        {"window", Kind::Window},
+        {"container", Kind::Container},
+        {"buddy", Kind::Buddy},
+        {"leftWidget", Kind::LeftWidget},
+        {"aboveWidget", Kind::AboveWidget},
+        {"row", Kind::Row},
+        {"column", Kind::Column},
+    };
+    for (const auto &row : rows) {
+        if (name == QLatin1String(row.name)) {
+            return row.kind;
+        }
+    }
+    return Kind::Property;
+}
+
+void Matcher::compile(const ObjectName &name, int depth)
+{
+    const auto properties = name.properties();
+    for (auto it = properties.begin(); it != properties.end() && m_error.isEmpty(); ++it) {
+        if (it.key() == QLatin1String("occurrence")) {
+            continue;
+        }
+        Condition condition;
+        condition.wanted = it.value();
+        condition.name = it.key().toUtf8();
+        condition.utf8 = it.value().stringValue().toUtf8();
+        condition.kind = kindOf(it.key());
+        condition.isPlain = it.value().matchingMode() == PropertyValue::Equals
+            && !it.value().isObject() && !it.value().stringValue().startsWith(QLatin1Char(':'));
+        if (condition.isRelation() || condition.kind == Kind::Property) {
+            compileNested(condition, depth);
+        }
+        m_conditions.push_back(std::move(condition));
+    }
+    for (int i = 0; i < int(m_conditions.size()); ++i) {
+        m_order.push_back(i);
+    }
+    std::stable_sort(m_order.begin(), m_order.end(),
+                     [this](int a, int b) { return m_conditions[a].kind < m_conditions[b].kind; });
+}
+
+/**
+ * A nested name is matched condition by condition, which is what it means; one
+ * that tells which of several objects, or where in a hierarchy, is searched once.
+ */
+void Matcher::compileNested(Condition &condition, int depth)
+{
+    const auto name = referredName(condition.wanted);
+    if (!name) {
+        return;
+    }
+    const auto fail = [&](const QString &reason) {
+        m_error = QStringLiteral("The name in the condition '%1' %2")
+                      .arg(QString::fromUtf8(condition.name), reason);
+    };
+    if (depth >= maximumDepth) {
+        fail(QStringLiteral("refers to itself, or names are nested too deeply"));
+    } else if (!name->isValid()) {
+        fail(QStringLiteral("is invalid: %1").arg(name->errorMessage()));
+    } else if (name->occurrenceValue() < 1) {
+        fail(QStringLiteral("has an occurrence that is no number above 0"));
+    } else if (!name->isMultiProperty()) {
+        // A symbol that is in no map may be a text as well.
+        condition.isOneObject = condition.isRelation();
+        condition.object = nodeOf(Inspector::self()->findObject(name->qualifiedName()));
+    } else if (name->properties().contains(QStringLiteral("occurrence"))) {
+        condition.isOneObject = true;
+        condition.object = findNode(Node(), *name);
+    } else {
+        condition.nested.reset(new Matcher(*name, m_context, depth + 1));
+        if (!condition.nested->error().isEmpty()) {
+            fail(QStringLiteral("cannot be used: %1").arg(condition.nested->error()));
+        }
+    }
+}
+
+bool Matcher::canMatchModelItems() const
+{
+    return std::none_of(m_conditions.begin(), m_conditions.end(), [](const Condition &condition) {
+        const PropertyValue &wanted = condition.wanted;
+        return (condition.kind == Kind::Type && !wanted.matches(QStringLiteral("ModelItem"))
+                && !wanted.matches(QStringLiteral("HeaderSection")))
+            || (condition.kind == Kind::Name && !wanted.matches(QString()));
+    });
+}
+
+bool Matcher::matches(const Node &node)
+{
+    for (const int index : m_order) {
+        if (!holds(m_conditions[index], node, nullptr)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/** Neighbours are not looked for where nothing else fits, as nobody asks for those. */
+bool Matcher::matches(int index, const Node &node, QString *actual)
+{
+    Condition &condition = m_conditions[index];
+    if (condition.kind > Kind::Window && !holdsCheaply(node)) {
+        return false;
+    }
+    return holds(condition, node, actual);
+}
+
+bool Matcher::holdsCheaply(const Node &node)
+{
+    bool hasCheap = false;
+    for (Condition &condition : m_conditions) {
+        if (condition.kind == Kind::Type || condition.kind == Kind::Name
+            || condition.kind == Kind::Text) {
+            if (holds(condition, node, nullptr)) {
+                return true;
+            }
+            hasCheap = true;
+        }
+    }
+    return !hasCheap;
+}
+
+bool Matcher::holds(Condition &condition, const Node &node, QString *actual)
+{
+    switch (condition.kind) {
+    case Kind::Type:
+        return holdsForType(condition, node, actual);
+    case Kind::Name:
+        return matchesText(condition.wanted, objectNameOf(node), actual);
+    case Kind::Property:
+        return holdsForProperty(condition, node, actual);
+    case Kind::Row:
+    case Kind::Column: {
+        const int number = condition.kind == Kind::Row ? rowOf(node) : columnOf(node);
+        return number == -1 ? holdsForProperty(condition, node, actual)
+                            : matchesText(condition.wanted, QString::number(number), actual);
+    }
+    case Kind::Enabled:
+        return matchesBool(condition.wanted, isEnabled(node), actual);
+    case Kind::Visible:
+        return matchesBool(condition.wanted, isShown(node), actual);
+    case Kind::Text:
+        return holdsForText(condition, node, actual);
+    case Kind::Window: {
+        const Node window = windowNode(node);
+        return holdsForRelated(condition, window == node ? Node() : window, actual);
+    }
+    case Kind::Container:
+        return holdsForContainer(condition, parentNode(node), actual);
+    case Kind::LeftWidget:
+        return holdsForRelated(condition, m_context->relations.leftOf(node), actual);
+    case Kind::AboveWidget:
+        return holdsForRelated(condition, m_context->relations.above(node), actual);
+    case Kind::Buddy:
+        return holdsForRelated(condition, m_context->relations.buddyOf(node), actual);
+    }
+    return false;
+}
+
+bool Matcher::holdsForType(Condition &condition, const Node &node, QString *actual)
+{
+    const QObject *object = node.object();
+    if (!object || !condition.isPlain || actual) {
+        return matchesText(condition.wanted, typeName(node), actual);
+    }
+    const QMetaObject *meta = object->metaObject();
+    if (meta != condition.meta || meta->className() != condition.className) {
+        condition.meta = meta;
+        condition.className = meta->className();
+        condition.isOfType = condition.utf8 == condition.className;
+    }
+    return condition.isOfType;
+}
+
+bool Matcher::holdsForText(const Condition &condition, const Node &node, QString *actual)
+{
+    if (matchesText(condition.wanted, labelOf(node), actual)) {
+        return true;
+    }
+    const QString content = contentOf(node);
+    if (content.isNull()) {
+        return false;
+    }
+    return matchesText(condition.wanted, content, actual && actual->isEmpty() ? actual : nullptr);
+}
+
+bool Matcher::holdsForProperty(Condition &condition, const Node &node, QString *actual)
+{
+    QObject *object = node.object();
+    if (!object) {
+        const QVariant value = itemProperty(node, QString::fromUtf8(condition.name));
+        return value.isValid() && holdsForValue(condition, value, nullptr, actual);
+    }
+    const QMetaObject *meta = object->metaObject();
+    if (meta != condition.meta || meta->className() != condition.className) {
+        condition.meta = meta;
+        condition.className = meta->className();
+        condition.propertyIndex = meta->indexOfProperty(condition.name.constData());
+        const QMetaProperty property = meta->property(condition.propertyIndex);
+        condition.propertyType =
+            property.isReadable() ? property.userType() : int(QMetaType::UnknownType);
+    }
+    if (condition.propertyIndex == -1) {
+        // Asked first, because unlike property() it does not look the class up again.
+        if (object->dynamicPropertyNames().isEmpty()) {
+            return false;
+        }
+        return holdsForValue(condition, object->property(condition.name.constData()), nullptr,
+                             actual);
+    }
+    if (condition.propertyType == QMetaType::QString) {
+        return matchesText(condition.wanted, readText(object, condition.propertyIndex), actual);
+    }
+    return holdsForValue(condition, meta->property(condition.propertyIndex).read(object), meta,
+                         actual);
+}
+
+bool Matcher::holdsForValue(Condition &condition, const QVariant &value, const QMetaObject *meta,
+                            QString *actual)
+{
+    if (!value.isValid()) {
+        return false;
+    }
+    if (value.userType() == QMetaType::Bool) {
+        return matchesBool(condition.wanted, value.toBool(), actual);
+    }
+    if (condition.nested || condition.isOneObject) {
+        return holdsForRelated(condition, Node(value.value<QObject *>()), actual);
+    }
+    const QMetaEnum enumerator =
+        meta ? meta->property(condition.propertyIndex).enumerator() : QMetaEnum();
+    if (enumerator.isValid() && condition.wanted.matches(QString::number(value.toInt()))) {
+        return true;
+    }
+    return matchesText(condition.wanted, textOf(value, enumerator), actual);
+}
+
+bool Matcher::holdsForRelated(Condition &condition, const Node &related, QString *actual)
+{
+    if (!related) {
+        return false;
+    }
+    if (actual) {
+        *actual = describe(related);
+    }
+    if (condition.isOneObject) {
+        return related == condition.object;
+    }
+    if (condition.nested) {
+        const auto known = condition.known.constFind(related);
+        return known != condition.known.constEnd()
+            ? *known
+            : *condition.known.insert(related, condition.nested->matches(related));
+    }
+    return condition.wanted.matches(objectNameOf(related))
+        || condition.wanted.matches(labelOf(related));
+}
+
+/** Siblings ask for the same containers, so the answer for each is kept. */
+bool Matcher::holdsForContainer(Condition &condition, const Node &node, QString *actual)
+{
+    bool holds = false;
+    std::vector<Node> asked;
+    for (Node container = node; container && !holds; container = parentNode(container)) {
+        const auto known = condition.known.constFind(container);
+        if (known != condition.known.constEnd()) {
+            holds = *known;
+            break;
+        }
+        asked.push_back(container);
+        holds = condition.isOneObject ? container == condition.object
+            : condition.nested        ? condition.nested->matches(container)
+                                      : condition.wanted.matches(objectNameOf(container))
+                || condition.wanted.matches(labelOf(container));
+    }
+    for (const Node &container : asked) {
+        condition.known.insert(container, holds);
+    }
+    if (actual && node) {
+        *actual = describe(node);
+    }
+    return holds;
+}
+
+Node findNode(const Node &root, const ObjectName &name)
+{
+    if (!name.isMultiProperty()) {
+        return Node();
+    }
+    Matcher matcher(name);
+    if (!matcher.error().isEmpty()) {
+        Inspector::self()->setError(matcher.error());
+        return Node();
+    }
+    ObjectMatcher candidates(name);
+    Node found;
+    const auto offer = [&](const Node &node) {
+        int next = 0;
+        const auto holds = [&](const ObjectMatcher::Condition &, QString *actual) {
+            const int index = next++;
+            if (actual) {
+                return matcher.matches(index, node, actual);
+            }
+            // The first question is answered for all, in the order of their costs.
+            return index > 0 || matcher.matches(node);
+        };
+        if (node != root && candidates.offer(holds, [&] { return handleOf(node); })) {
+            found = node;
+        }
+        return !found;
+    };
+    const auto items = matcher.canMatchModelItems() ? ModelItems::Visited : ModelItems::LeftOut;
+    if (visitNodes(root, items, offer)) {
+        visitHiddenObjects(root, offer);
+    }
+    return found;
+}
+
+} // namespace Vantrel::QtWrapper
