@@ -1,5 +1,7 @@
 #include "qt/geometry_p.h"
 
+#include "qt/traits_p.h"
+
 #include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
@@ -242,14 +244,6 @@ Node partAt(QWidget *widget, const QPoint &position)
     return bar ? Node(bar->actionAt(local)) : Node();
 }
 
-/** Whether the tree of a tester has it; plumbing of Qt does not stand there. */
-bool isInTree(const Node &node)
-{
-    const Node parent = parentNode(node);
-    const std::vector<Node> siblings = parent ? childNodes(parent) : topLevelNodes();
-    return std::find(siblings.begin(), siblings.end(), node) != siblings.end();
-}
-
 /** The scroll area whose contents @p widget shows; its parts are drawn there. */
 QAbstractScrollArea *areaOfViewport(const QWidget *widget)
 {
@@ -272,7 +266,7 @@ Node innermostIn(QWidget *widget, const QPoint &position)
         if (part && isShown(part)) {
             return part;
         }
-        if (inner == widget || isInTree(Node(inner))) {
+        if (inner == widget || isTreeObject(inner)) {
             return Node(inner);
         }
     }

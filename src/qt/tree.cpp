@@ -608,6 +608,11 @@ std::vector<Node> childNodes(const Node &parent)
     return nodes;
 }
 
+bool visitChildNodes(const Node &parent, const Visit &visit)
+{
+    return eachChild(parent, ModelItems::Visited, visit);
+}
+
 Node parentNode(const Node &node)
 {
     switch (node.kind()) {

@@ -2,6 +2,7 @@
 
 #include "qt/actions_p.h"
 #include "qt/casts_p.h"
+#include "qt/delegates_p.h"
 #include "qt/events_p.h"
 #include "qt/handles_p.h"
 #include "qt/hierarchy_p.h"
@@ -36,6 +37,11 @@ bool install()
         registerEvents();
         registerWaiting();
         registerHierarchy();
+        registerGeometry();
+        registerWindows();
+        registerObjectTexts();
+        registerDump();
+        registerDumpFunctions();
     }
     return true;
 }
