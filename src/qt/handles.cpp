@@ -92,12 +92,13 @@ void HandleRegistry::forget(HandleRecord *record)
 {
     m_records.remove(record->object);
     disconnect(record->connection);
-    Inspector::self()->invalidateObjectCache(record->object);
-    // Ending one may let go of another, which must then still find the record.
+    // Ending one may let go of another, which must then still find the record,
+    // and the cache may hold the last one.
     std::vector<SharedPtr<Object>> held;
     for (Handle *handle : record->handles) {
         held.push_back(SharedPtr<Object>::borrowed(handle));
     }
+    Inspector::self()->invalidateObjectCache(record->object);
     for (Handle *handle : record->handles) {
         handle->end();
     }
