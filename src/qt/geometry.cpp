@@ -19,6 +19,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <cmath>
 
 namespace Vantrel::QtWrapper {
 
@@ -49,23 +50,39 @@ QWidget *clippingWidget(const QWidget *widget)
     return view ? view->viewport() : nullptr;
 }
 
+/** From an embedded window to the viewport of the view that shows it. */
+QTransform toViewport(const QGraphicsProxyWidget *proxy, const QGraphicsView *view)
+{
+    return proxy->deviceTransform(view->viewportTransform());
+}
+
+// QWidget maps points of embedded widgets as well, but counts the place of the view twice.
+
 QRect toGlobal(const QWidget *widget, const QRect &rect)
 {
     if (rect.isNull()) {
         return QRect();
     }
-    if (!proxyOf(widget)) {
+    const QGraphicsProxyWidget *proxy = proxyOf(widget);
+    const QGraphicsView *view = proxy ? viewOf(proxy) : nullptr;
+    if (!view) {
         return QRect(widget->mapToGlobal(rect.topLeft()), rect.size());
     }
-    // A scene may turn and scale what is embedded.
-    const QPoint farEnd(rect.x() + rect.width(), rect.y() + rect.height());
-    QPolygon corners;
-    corners << widget->mapToGlobal(rect.topLeft())
-            << widget->mapToGlobal(QPoint(farEnd.x(), rect.y())) << widget->mapToGlobal(farEnd)
-            << widget->mapToGlobal(QPoint(rect.x(), farEnd.y()));
-    const QRect bounds = corners.boundingRect();
-    // The far corners are the first pixels outside.
-    return QRect(bounds.topLeft(), bounds.size() - QSize(1, 1));
+    const QRectF inWindow(widget->mapTo(widget->window(), rect.topLeft()), rect.size());
+    return toGlobal(view->viewport(), toViewport(proxy, view).mapRect(inWindow).toAlignedRect());
+}
+
+QPoint fromGlobal(const QWidget *widget, const QPoint &position)
+{
+    const QGraphicsProxyWidget *proxy = proxyOf(widget);
+    const QGraphicsView *view = proxy ? viewOf(proxy) : nullptr;
+    if (!view) {
+        return widget->mapFromGlobal(position);
+    }
+    const QPointF middle = fromGlobal(view->viewport(), position) + QPointF(0.5, 0.5);
+    const QPointF inWindow = toViewport(proxy, view).inverted().map(middle);
+    return widget->mapFrom(widget->window(),
+                           QPoint(int(std::floor(inWindow.x())), int(std::floor(inWindow.y()))));
 }
 
 QRect globalRect(const QWidget *widget)
@@ -205,7 +222,7 @@ Node innermostIn(QWidget *widget, const QPoint &position);
 
 Node graphicsItemAt(QGraphicsView *view, const QPoint &position)
 {
-    const QPoint inView = view->viewport()->mapFromGlobal(position);
+    const QPoint inView = fromGlobal(view->viewport(), position);
     for (QGraphicsItem *item : view->items(inView)) {
         const auto *proxy = qgraphicsitem_cast<QGraphicsProxyWidget *>(item);
         QWidget *embedded = proxy ? proxy->widget() : nullptr;
@@ -222,17 +239,17 @@ Node graphicsItemAt(QGraphicsView *view, const QPoint &position)
 Node partAt(QWidget *widget, const QPoint &position)
 {
     if (auto *header = qobject_cast<QHeaderView *>(widget)) {
-        const int section = header->logicalIndexAt(header->viewport()->mapFromGlobal(position));
+        const int section = header->logicalIndexAt(fromGlobal(header->viewport(), position));
         return section < 0 ? Node() : Node::headerSection(header, section);
     }
     if (auto *view = qobject_cast<QAbstractItemView *>(widget)) {
-        const QModelIndex index = view->indexAt(view->viewport()->mapFromGlobal(position));
+        const QModelIndex index = view->indexAt(fromGlobal(view->viewport(), position));
         return index.isValid() ? Node::modelItem(view, index) : Node();
     }
     if (auto *view = qobject_cast<QGraphicsView *>(widget)) {
         return graphicsItemAt(view, position);
     }
-    const QPoint local = widget->mapFromGlobal(position);
+    const QPoint local = fromGlobal(widget, position);
     if (auto *bar = qobject_cast<QTabBar *>(widget)) {
         const int index = bar->tabAt(local);
         return index < 0 ? Node() : Node::tab(bar, index);
@@ -253,7 +270,7 @@ QAbstractScrollArea *areaOfViewport(const QWidget *widget)
 
 Node innermostIn(QWidget *widget, const QPoint &position)
 {
-    const QPoint local = widget->mapFromGlobal(position);
+    const QPoint local = fromGlobal(widget, position);
     if (!widget->isVisible() || !widget->rect().contains(local)) {
         return Node();
     }

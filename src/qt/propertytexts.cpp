@@ -27,13 +27,19 @@ struct StaticProperty
 
 using Table = std::vector<StaticProperty>;
 
+/** Qt complains about reading others, whose type nobody has registered. */
+bool isKnown(const QMetaProperty &property)
+{
+    return property.isEnumType() || property.userType() != QMetaType::UnknownType;
+}
+
 /** By name; of a property that a subclass declares again only the last, which counts. */
 Table makeTable(const QMetaObject *metaObject)
 {
     Table table;
     for (int i = metaObject->propertyCount() - 1; i >= 0; --i) {
         const QMetaProperty property = metaObject->property(i);
-        if (property.isReadable()) {
+        if (property.isReadable() && isKnown(property)) {
             const QMetaEnum enumerator =
                 property.isEnumType() ? property.enumerator() : QMetaEnum();
             table.push_back({QString::fromUtf8(property.name()), property, enumerator});

@@ -283,7 +283,8 @@ Result enlarge(const QString &verb, const Target &target, Qt::WindowState state)
 {
     QString reason = whyNotManaged(target);
     if (reason.isEmpty() && target.isFixed()) {
-        reason = QStringLiteral("its size is fixed at %1").arg(text(target.minimumSize()));
+        reason = QStringLiteral("its size is fixed at %1")
+                     .arg(text(target.minimumSize() + target.frameMargins()));
     }
     const Qt::WindowStates others =
         Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen;
