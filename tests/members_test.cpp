@@ -103,6 +103,29 @@ TEST(Enum, FindsExactValuesAndKeys)
               testing::internal::GetCapturedStderr());
 }
 
+TEST(Enum, JoinsTheKeysOfAMask)
+{
+    static const Enum::Item items[] = {{"Left", 1}, {"Right", 2}, {"Both", 3}, {nullptr, 0}};
+    Enum e(0, nullptr, QStringLiteral("Side"), items);
+    e.setIsMask(true);
+    const struct { const char *what; const char *keys; int value; } rows[] = {
+        {"two keys", "Left|Right", 3},
+        {"with space", " Left | Both ", 3},
+        {"the same twice", "Right|Right", 2},
+        {"one that is missing", "Left|Top", -1},
+        {"one that is empty", "Left|", -1},
+        {"none", "", -1},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        bool ok = false;
+        EXPECT_EQ(row.value, e.value(QString::fromLatin1(row.keys), &ok));
+        EXPECT_EQ(row.value != -1, ok);
+    }
+    e.setIsMask(false);
+    EXPECT_EQ(-1, e.value(QStringLiteral("Left|Right"), nullptr));
+}
+
 TEST(Enum, IsAMaskWhileNoValuesShareABit)
 {
     static const Enum::Item bits[] = {{"A", 1}, {"B", 2}, {"C", 4}, {nullptr, 0}};

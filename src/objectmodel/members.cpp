@@ -305,21 +305,35 @@ int Enum::value(int index) const
     return index >= 0 && index < m_count ? m_items[index].value : -1;
 }
 
+const Enum::Item *Enum::item(const QByteArray &key) const
+{
+    for (int i = 0; i < m_count; ++i) {
+        if (key == m_items[i].key) {
+            return &m_items[i];
+        }
+    }
+    return nullptr;
+}
+
 int Enum::value(const QString &key, bool *ok) const
 {
-    const QByteArray text = key.toUtf8();
-    for (int i = 0; i < m_count; ++i) {
-        if (text == m_items[i].key) {
-            if (ok) {
-                *ok = true;
-            }
-            return m_items[i].value;
+    int value = 0;
+    bool found = false;
+    if (const Item *whole = item(key.toUtf8())) {
+        value = whole->value;
+        found = true;
+    } else if (m_isMask && key.contains(u'|')) {
+        found = true;
+        for (const QString &part : key.split(u'|')) {
+            const Item *bits = item(part.trimmed().toUtf8());
+            found = found && bits;
+            value |= bits ? bits->value : 0;
         }
     }
     if (ok) {
-        *ok = false;
+        *ok = found;
     }
-    return -1;
+    return found ? value : -1;
 }
 
 QString Enum::valueToKey(int value, bool *ok) const

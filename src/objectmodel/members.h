@@ -350,7 +350,10 @@ public:
     QString key(int index) const;
     /** @return -1 when @p index is out of range. */
     int value(int index) const;
-    /** @return -1, with @p ok (which may be null) set to false, when there is no such key. */
+    /**
+     * The value of a key; of a mask also that of several keys joined with "|".
+     * @return -1, with @p ok (which may be null) set to false, when there is no such key.
+     */
     int value(const QString &key, bool *ok) const;
     /**
      * The key of the first item with exactly @p value; masks are not split
@@ -370,6 +373,7 @@ public:
 private:
     Q_DISABLE_COPY(Enum)
     void freeItems();
+    const Item *item(const QByteArray &key) const;
 
     const Class *m_owner = nullptr;
     QString m_name;
