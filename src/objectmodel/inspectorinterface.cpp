@@ -250,7 +250,20 @@ const Enum *InspectorInterface::enumerator(const QString &name) const
 
 SharedPtr<Object> InspectorInterface::createPrimitive(const QString &value)
 {
-    return createPrimitive(value.toUtf8().constData());
+    // Most texts are short and ASCII, which needs no memory on the way.
+    char text[256];
+    const int size = value.size();
+    const QChar *source = value.constData();
+    ushort all = 0;
+    if (size < int(sizeof text)) {
+        for (int i = 0; i < size; ++i) {
+            all |= source[i].unicode();
+            text[i] = static_cast<char>(source[i].unicode());
+        }
+        text[size] = '\0';
+    }
+    const bool isReady = size < int(sizeof text) && all < 0x80;
+    return isReady ? createPrimitive(text) : createPrimitive(value.toUtf8().constData());
 }
 
 } // namespace Vantrel

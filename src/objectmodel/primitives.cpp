@@ -380,12 +380,15 @@ QString PrimitiveObject::toString()
     if (!value.isReadable()) {
         return Object::toString();
     }
+    if (value.count() == 1) {
+        return value.elementText(0);
+    }
     QStringList elements;
     for (int i = 0; i < value.count(); ++i) {
         elements << value.elementText(i);
     }
     const QString text = elements.join(QLatin1String(", "));
-    return value.count() > 1 ? QLatin1String("[ ") + text + QLatin1String(" ]") : text;
+    return elements.isEmpty() ? text : QLatin1String("[ ") + text + QLatin1String(" ]");
 }
 
 int PrimitiveObject::toInteger() const
