@@ -2,11 +2,14 @@
 
 #include "qt/handles_p.h"
 #include "qt/metaclass_p.h"
+#include "qt/values_p.h"
 
 #include "objectmodel/class.h"
+#include "objectmodel/containers.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
+#include "objectmodel/primitiveids.h"
 
 #include <QObject>
 
@@ -76,6 +79,42 @@ private:
     }
 };
 
+/**
+ * Between arrays and lists of texts, which are different things to the object
+ * model and the same to Qt. The class of lists is that of single texts too, so
+ * what can be tried is refused here as well when it is done.
+ */
+class ArrayCast : public CastDelegate
+{
+public:
+    ArrayCast() : CastDelegate(ArrayClass::registeredClass()->className()) {}
+
+    bool canConvertTo(const Class *target, bool, bool targetIsPointer) const override
+    {
+        return targetIsPointer && target && target->id() == PrimitiveId::Char;
+    }
+    SharedPtr<Object> convertTo(SharedPtr<Object> object, const Class *, bool) const override
+    {
+        return converted(object, QMetaType::QStringList);
+    }
+    bool canConvertFrom(const Class *source, bool sourceIsPointer, bool) const override
+    {
+        return sourceIsPointer && source && source->id() == PrimitiveId::Char;
+    }
+    SharedPtr<Object> convertFrom(SharedPtr<Object> object, const Class *, bool) const override
+    {
+        return converted(object, QMetaType::QVariantList);
+    }
+
+private:
+    static SharedPtr<Object> converted(const SharedPtr<Object> &object, int metaType)
+    {
+        QString error;
+        const QVariant value = variantOf(object, metaType, QMetaEnum(), &error);
+        return error.isEmpty() ? objectOf(value, &error) : SharedPtr<Object>();
+    }
+};
+
 } // namespace
 
 void registerCasts()
@@ -83,6 +122,7 @@ void registerCasts()
     // Handles and classes keep what they find, to the end of the process.
     new ObjectCast;
     new ObjectComparison;
+    new ArrayCast;
 }
 
 } // namespace Vantrel::QtWrapper

@@ -86,6 +86,51 @@ void reportThread(const QString &member, const QString &className)
                  .arg(member, className));
 }
 
+/** A handle for native data of a declared type. A list of texts ends with a null pointer. */
+SharedPtr<Object> viewOf(const Argument &declared, void *data)
+{
+    ObjectAttribute attribute = declared.attribute();
+    if (data && attribute.isArray() && declared.type()->id() == PrimitiveId::Char) {
+        int count = 0;
+        while (static_cast<char **>(data)[count]) {
+            ++count;
+        }
+        attribute = ObjectAttribute(attribute.getFlags(), count);
+    }
+    return declared.type()->wrap(data, attribute);
+}
+
+/**
+ * Reads a property of the type T. Null when the object has no plain memory for
+ * it, as those that other languages make.
+ */
+template <class T>
+SharedPtr<Object> readPlain(QObject *object, int index)
+{
+    T value{};
+    QVariant other;
+    int status = -1;
+    void *arguments[] = {&value, &other, &status};
+    QMetaObject::metacall(object, QMetaObject::ReadProperty, index, arguments);
+    return status == -1 ? Inspector::self()->createPrimitive(value) : SharedPtr<Object>();
+}
+
+auto plainReader(const Type &type) -> SharedPtr<Object> (*)(QObject *, int)
+{
+    switch (type.enumerator.isValid() ? int(QMetaType::UnknownType) : type.metaType) {
+    case QMetaType::Bool:
+        return readPlain<bool>;
+    case QMetaType::Int:
+        return readPlain<int>;
+    case QMetaType::Double:
+        return readPlain<double>;
+    case QMetaType::QString:
+        return readPlain<QString>;
+    default:
+        return nullptr;
+    }
+}
+
 /** A value in the form in which moc's code expects arguments and gives results. */
 class NativeValue
 {
@@ -234,10 +279,12 @@ void QtClass::readProperties()
         OwnProperty own;
         own.name = QString::fromUtf8(property.name());
         own.property = property;
+        own.index = i;
         own.flags = (property.isReadable() ? Property::Readable : 0)
             | (property.isWritable() ? Property::Writable : 0)
             | (property.isStored() ? Property::Stored : 0);
         own.type = Type(property.typeName(), property.userType(), m_metaObject);
+        own.read = plainReader(own.type);
         m_properties.push_back(own);
     }
 }
@@ -321,8 +368,8 @@ Method *QtClass::createMethod(int methodId) const
 
 Property *QtClass::createProperty(int propertyId) const
 {
-    const OwnProperty &own =
-        m_properties[std::size_t(propertyId - superClassOffset(PropertyOffset))];
+    m_propertyOffset = superClassOffset(PropertyOffset); // final once there are descriptors
+    const OwnProperty &own = m_properties[std::size_t(propertyId - m_propertyOffset)];
     auto *property =
         new Property(propertyId, this, own.type.argument(QString()), own.name, own.flags);
     own.descriptor = property;
@@ -372,7 +419,12 @@ SharedPtr<Object> QtClass::invoke(int, SharedPtr<Object> object, const ObjectLis
     }
     const Handle *handle = Handle::of(object);
     QObject *target = handle ? handle->object() : nullptr;
-    if (!target || !canCall(*found)) {
+    if (!target) {
+        setError(QStringLiteral("Cannot call %1() of %2: there is no object behind its handle")
+                     .arg(method->name(), className()));
+        return {};
+    }
+    if (!canCall(*found)) {
         return {};
     }
     if (!isInThisThread(target)) {
@@ -393,8 +445,7 @@ SharedPtr<Object> QtClass::invoke(int methodId, void *data, void **arguments, co
     }
     ObjectList list;
     for (const Argument &argument : called->signature().arguments()) {
-        void *value = arguments ? arguments[list.size()] : nullptr;
-        list << argument.type()->wrap(value, argument.attribute());
+        list << viewOf(argument, arguments ? arguments[list.size()] : nullptr);
     }
     return called->invoke(wrap(data, ObjectAttribute::Pointer()), list);
 }
@@ -457,7 +508,7 @@ const QtClass::OwnProperty *QtClass::usableProperty(Handle *handle, const Proper
     if (!handle || property->propertyClass() != this || !handle->isA(this)) {
         return nullptr;
     }
-    const int index = property->id() - superClassOffset(PropertyOffset);
+    const int index = property->id() - m_propertyOffset;
     if (index < 0 || index >= int(m_properties.size())) {
         return nullptr;
     }
@@ -474,7 +525,7 @@ SharedPtr<Object> QtClass::getProperty(int, SharedPtr<Object> object, const Prop
 {
     Handle *handle = Handle::of(object);
     const OwnProperty *found = usableProperty(handle, property);
-    const QObject *target = found && property->isReadable() ? handle->object() : nullptr;
+    QObject *target = found && property->isReadable() ? handle->object() : nullptr;
     // The usual way reports what is wrong.
     const auto *self = static_cast<const Class *>(this);
     return target ? read(*found, target) : self->getProperty(object, property);
@@ -484,12 +535,11 @@ SharedPtr<Object> QtClass::getProperty(int propertyId, void *data, const Class *
 {
     const int index = propertyId - superClassOffset(PropertyOffset);
     const bool isOwn = index >= 0 && index < int(m_properties.size());
-    return data && isOwn
-        ? read(m_properties[std::size_t(index)], static_cast<const QObject *>(data))
-        : SharedPtr<Object>();
+    return data && isOwn ? read(m_properties[std::size_t(index)], static_cast<QObject *>(data))
+                         : SharedPtr<Object>();
 }
 
-SharedPtr<Object> QtClass::read(const OwnProperty &property, const QObject *object) const
+SharedPtr<Object> QtClass::read(const OwnProperty &property, QObject *object) const
 {
     if (!property.type.crosses()) {
         setError(QStringLiteral("%1 has the type %2, which cannot cross to scripts")
@@ -499,6 +549,12 @@ SharedPtr<Object> QtClass::read(const OwnProperty &property, const QObject *obje
     if (!isInThisThread(object)) {
         reportThread(property.name, className());
         return {};
+    }
+    if (property.read) {
+        SharedPtr<Object> result = property.read(object, property.index);
+        if (result) {
+            return result;
+        }
     }
     QString error;
     SharedPtr<Object> result = objectOf(property.property.read(object), &error);
@@ -530,9 +586,8 @@ bool QtClass::setProperty(int propertyId, void *data, void *value) const
         return false;
     }
     const OwnProperty &found = m_properties[std::size_t(index)];
-    const Argument argument = found.type.argument(QString());
     return write(found, static_cast<QObject *>(data),
-                 argument.type()->wrap(value, argument.attribute()));
+                 viewOf(found.type.argument(QString()), value));
 }
 
 bool QtClass::write(const OwnProperty &property, QObject *object,

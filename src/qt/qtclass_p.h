@@ -60,6 +60,9 @@ private:
         int flags = 0;
         Type type;
         QMetaProperty property;
+        int index = -1;
+        /** Reads values of the most frequent types without a QVariant; null for others. */
+        SharedPtr<Object> (*read)(QObject *object, int index) = nullptr;
         mutable const Property *descriptor = nullptr;
     };
     struct OwnEvent
@@ -104,7 +107,7 @@ private:
     bool canCall(const OwnMethod &method) const;
     SharedPtr<Object> call(const OwnMethod &method, QObject *target,
                            const ObjectList &arguments) const;
-    SharedPtr<Object> read(const OwnProperty &property, const QObject *object) const;
+    SharedPtr<Object> read(const OwnProperty &property, QObject *object) const;
     bool write(const OwnProperty &property, QObject *object, const SharedPtr<Object> &value) const;
     QString subject(const OwnProperty &property) const;
 
@@ -113,6 +116,7 @@ private:
     const void *const m_stringData;
     std::vector<OwnMethod> m_methods;
     std::vector<OwnProperty> m_properties;
+    mutable int m_propertyOffset = 0;
     std::vector<OwnEvent> m_events;
     std::vector<OwnEnum> m_enums;
 };

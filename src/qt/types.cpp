@@ -85,33 +85,6 @@ const Class *foreignClass(const QByteArray &name)
     return found;
 }
 
-bool isEnumeration(int metaType)
-{
-    return (QMetaType::typeFlags(metaType) & QMetaType::IsEnumeration)
-        || QByteArray::fromRawData(QMetaType::typeName(metaType),
-                                   int(qstrlen(QMetaType::typeName(metaType))))
-               .startsWith("QFlags<");
-}
-
-Form formOfUserType(int metaType)
-{
-    if (isStructure(metaType)) {
-        return Form::Structure;
-    }
-    if (QMetaType::typeFlags(metaType) & QMetaType::PointerToQObject) {
-        return Form::Object;
-    }
-    if (!QMetaType::isRegistered(metaType)) {
-        return Form::None;
-    }
-    if (isEnumeration(metaType)) {
-        return Form::Enumeration;
-    }
-    return metaType >= QMetaType::User && QVariant(metaType, nullptr).canConvert<QVariantList>()
-        ? Form::List
-        : Form::None;
-}
-
 /** The meta object in the chain that itself declares the enumerator. */
 const QMetaObject *declaring(const QMetaObject *metaObject, int enumIndex)
 {
@@ -162,6 +135,42 @@ void findEnumerator(const QMetaObject *scope, Type *type)
     if (type->metaType != QMetaType::UnknownType) {
         findEnumerator(QMetaType::metaObjectForType(type->metaType), bare, type);
     }
+}
+
+bool isEnumeration(int metaType)
+{
+    if (QMetaType::typeFlags(metaType) & QMetaType::IsEnumeration) {
+        return true;
+    }
+    // Flags are a class to QMetaType, under the name of the class or an alias.
+    const QByteArray name = QMetaType::typeName(metaType);
+    if (QMetaType::sizeOf(metaType) != sizeof(int)) {
+        return false;
+    }
+    Type type;
+    type.name = name;
+    type.metaType = metaType;
+    findEnumerator(nullptr, &type);
+    return type.enumerator.isValid() || name.startsWith("QFlags<");
+}
+
+Form formOfUserType(int metaType)
+{
+    if (isStructure(metaType)) {
+        return Form::Structure;
+    }
+    if (QMetaType::typeFlags(metaType) & QMetaType::PointerToQObject) {
+        return Form::Object;
+    }
+    if (!QMetaType::isRegistered(metaType)) {
+        return Form::None;
+    }
+    if (isEnumeration(metaType)) {
+        return Form::Enumeration;
+    }
+    return metaType >= QMetaType::User && QVariant(metaType, nullptr).canConvert<QVariantList>()
+        ? Form::List
+        : Form::None;
 }
 
 /** Prefers a class with members of its own to one that has only the enums. */

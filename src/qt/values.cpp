@@ -275,6 +275,9 @@ QVariant textsVariant(const SharedPtr<Object> &object)
     }
     QStringList texts;
     for (const SharedPtr<Object> &item : ArrayClass::unwrapObject(object)) {
+        if (item && isArray(item)) {
+            refuse(QStringLiteral("item %1 is an array, a text was expected").arg(texts.size()));
+        }
         texts << NativeTypes::take<QString>(item, QString::number(texts.size()));
     }
     return texts;
