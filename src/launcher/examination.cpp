@@ -11,6 +11,7 @@
 #include <QMap>
 #include <QPluginLoader>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
@@ -38,7 +39,11 @@ Libraries librariesOf(const QString &fileName, QString *error)
 {
     static const QString loader = ElfFile::read(QStringLiteral("/proc/self/exe")).interpreter;
     QProcess process;
-    process.start(loader, {QStringLiteral("--list"), fileName});
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    // Unlike its option --list, this goes on after a library that is missing.
+    environment.insert(QStringLiteral("LD_TRACE_LOADED_OBJECTS"), QStringLiteral("1"));
+    process.setProcessEnvironment(environment);
+    process.start(loader, {fileName});
     Libraries libraries;
     if (!process.waitForFinished(loaderTimeout) || process.exitStatus() != QProcess::NormalExit) {
         *error = process.errorString();
@@ -241,15 +246,17 @@ void Examiner::lookAtLibraries()
 void Examiner::lookAtQt()
 {
     const QString core = m_libraries.value(QStringLiteral("libQt5Core.so.5"));
-    const QString gui = m_libraries.value(QStringLiteral("libQt5Gui.so.5"));
-    if (!gui.isEmpty()) {
-        add(Kind::Good,
-            QStringLiteral("it is linked with Qt %1: %2").arg(versionOf(core).text(), gui));
+    const auto gui = m_libraries.constFind(QStringLiteral("libQt5Gui.so.5"));
+    if (gui != m_libraries.constEnd()) {
+        if (!gui->isEmpty() && !core.isEmpty()) {
+            add(Kind::Good,
+                QStringLiteral("it is linked with Qt %1: %2").arg(versionOf(core).text(), *gui));
+        }
     } else if (!core.isEmpty()) {
         add(Kind::Doubt, QStringLiteral("it is linked with Qt 5 Core alone and so has no GUI"),
             QStringLiteral("nothing, unless it loads its windows as a plugin: then try \"vantrel "
                            "tree\""));
-    } else if (!m_libraries.contains(QStringLiteral("libQt5Gui.so.5"))) {
+    } else {
         lookForOtherQt();
     }
 }
