@@ -13,10 +13,13 @@
 #include <QFont>
 #include <QHash>
 #include <QLineF>
+#include <QLocale>
 #include <QMarginsF>
 #include <QMetaEnum>
 #include <QRectF>
 #include <QSizePolicy>
+
+#include <cmath>
 
 Q_DECLARE_METATYPE(QMargins)
 Q_DECLARE_METATYPE(QMarginsF)
@@ -314,7 +317,9 @@ bool isDate(int metaType)
 
 QString number(double value)
 {
-    return QString::number(value);
+    // The exponents of the general form are hard to read in sizes.
+    const char form = std::abs(value) < 1e15 ? 'f' : 'g';
+    return QString::number(value, form, QLocale::FloatingPointShortest);
 }
 
 QString pair(double first, const char *separator, double second)
