@@ -43,8 +43,12 @@ ContactsWindow::ContactsWindow(QWidget *parent)
     makeToolBar();
     statusBar()->addPermanentWidget(m_count);
 
-    connect(m_sorted, &QAbstractItemModel::rowsInserted, this, &ContactsWindow::showCount);
-    connect(m_sorted, &QAbstractItemModel::rowsRemoved, this, &ContactsWindow::showCount);
+    // The sorted rows change before those of the model have, or without them.
+    for (const QAbstractItemModel *model : {static_cast<QAbstractItemModel *>(m_sorted),
+                                            static_cast<QAbstractItemModel *>(m_model)}) {
+        connect(model, &QAbstractItemModel::rowsInserted, this, &ContactsWindow::showCount);
+        connect(model, &QAbstractItemModel::rowsRemoved, this, &ContactsWindow::showCount);
+    }
     showCount();
     selectRow(0);
     resize(920, 540);
