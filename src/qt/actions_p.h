@@ -3,9 +3,8 @@
 
 namespace Vantrel::QtWrapper {
 
-// Each adds global functions, once for the process.
+/** Adds the global functions that wait. */
 void registerWaiting();
-void registerActions();
 
 } // namespace Vantrel::QtWrapper
 

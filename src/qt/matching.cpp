@@ -16,7 +16,7 @@
 #include <QMetaProperty>
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 
 namespace Vantrel::QtWrapper {
 
@@ -112,13 +112,36 @@ struct Matcher::Condition
     Node object;
     QHash<Node, bool> known;
 
-    // Of the class seen last.
-    const QMetaObject *meta = nullptr;
-    const char *className = nullptr;
-    bool isOfType = false;
-    int propertyIndex = -1;
-    int propertyType = QMetaType::UnknownType;
+    // What was found out about classes; siblings are of a few, in turns.
+    struct ClassEntry
+    {
+        const QMetaObject *meta = nullptr;
+        const char *className = nullptr;
+        bool isOfType = false;
+        int propertyIndex = -1;
+        int propertyType = QMetaType::UnknownType;
+    };
+    const ClassEntry &entryOf(const QMetaObject *meta);
+    std::array<ClassEntry, 64> classes;
 };
+
+const Matcher::Condition::ClassEntry &Matcher::Condition::entryOf(const QMetaObject *meta)
+{
+    ClassEntry &entry = classes[(quintptr(meta) >> 4) % classes.size()];
+    // Meta objects of single objects come and go, perhaps at the same address.
+    if (entry.meta == meta && entry.className == meta->className()) {
+        return entry;
+    }
+    entry = ClassEntry{meta, meta->className(), utf8 == meta->className()};
+    if (kind == Kind::Property || kind == Kind::Row || kind == Kind::Column) {
+        entry.propertyIndex = meta->indexOfProperty(name.constData());
+        const QMetaProperty property = meta->property(entry.propertyIndex);
+        if (property.isReadable()) {
+            entry.propertyType = property.userType();
+        }
+    }
+    return entry;
+}
 
 Matcher::Matcher(const ObjectName &name) : Matcher(name, std::make_shared<Context>(), 0) {}
 
@@ -307,13 +330,7 @@ bool Matcher::holdsForType(Condition &condition, const Node &node, QString *actu
     if (!object || !condition.isPlain || actual) {
         return matchesText(condition.wanted, typeName(node), actual);
     }
-    const QMetaObject *meta = object->metaObject();
-    if (meta != condition.meta || meta->className() != condition.className) {
-        condition.meta = meta;
-        condition.className = meta->className();
-        condition.isOfType = condition.utf8 == condition.className;
-    }
-    return condition.isOfType;
+    return condition.entryOf(object->metaObject()).isOfType;
 }
 
 bool Matcher::holdsForText(const Condition &condition, const Node &node, QString *actual)
@@ -333,34 +350,27 @@ bool Matcher::holdsForProperty(Condition &condition, const Node &node, QString *
     QObject *object = node.object();
     if (!object) {
         const QVariant value = itemProperty(node, QString::fromUtf8(condition.name));
-        return value.isValid() && holdsForValue(condition, value, nullptr, actual);
+        return value.isValid() && holdsForValue(condition, value, QMetaProperty(), actual);
     }
     const QMetaObject *meta = object->metaObject();
-    if (meta != condition.meta || meta->className() != condition.className) {
-        condition.meta = meta;
-        condition.className = meta->className();
-        condition.propertyIndex = meta->indexOfProperty(condition.name.constData());
-        const QMetaProperty property = meta->property(condition.propertyIndex);
-        condition.propertyType =
-            property.isReadable() ? property.userType() : int(QMetaType::UnknownType);
-    }
-    if (condition.propertyIndex == -1) {
+    const Condition::ClassEntry &entry = condition.entryOf(meta);
+    if (entry.propertyIndex == -1) {
         // Asked first, because unlike property() it does not look the class up again.
         if (object->dynamicPropertyNames().isEmpty()) {
             return false;
         }
-        return holdsForValue(condition, object->property(condition.name.constData()), nullptr,
-                             actual);
+        const QVariant value = object->property(condition.name.constData());
+        return holdsForValue(condition, value, QMetaProperty(), actual);
     }
-    if (condition.propertyType == QMetaType::QString) {
-        return matchesText(condition.wanted, readText(object, condition.propertyIndex), actual);
+    if (entry.propertyType == QMetaType::QString) {
+        return matchesText(condition.wanted, readText(object, entry.propertyIndex), actual);
     }
-    return holdsForValue(condition, meta->property(condition.propertyIndex).read(object), meta,
-                         actual);
+    const QMetaProperty property = meta->property(entry.propertyIndex);
+    return holdsForValue(condition, property.read(object), property, actual);
 }
 
-bool Matcher::holdsForValue(Condition &condition, const QVariant &value, const QMetaObject *meta,
-                            QString *actual)
+bool Matcher::holdsForValue(Condition &condition, const QVariant &value,
+                            const QMetaProperty &property, QString *actual)
 {
     if (!value.isValid()) {
         return false;
@@ -371,8 +381,7 @@ bool Matcher::holdsForValue(Condition &condition, const QVariant &value, const Q
     if (condition.nested || condition.isOneObject) {
         return holdsForRelated(condition, Node(value.value<QObject *>()), actual);
     }
-    const QMetaEnum enumerator =
-        meta ? meta->property(condition.propertyIndex).enumerator() : QMetaEnum();
+    const QMetaEnum enumerator = property.enumerator();
     if (enumerator.isValid() && condition.wanted.matches(QString::number(value.toInt()))) {
         return true;
     }

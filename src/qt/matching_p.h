@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-struct QMetaObject;
+class QMetaProperty;
 
 namespace Vantrel::QtWrapper {
 
@@ -65,7 +65,7 @@ private:
     bool holdsForType(Condition &condition, const Node &node, QString *actual);
     bool holdsForText(const Condition &condition, const Node &node, QString *actual);
     bool holdsForProperty(Condition &condition, const Node &node, QString *actual);
-    bool holdsForValue(Condition &condition, const QVariant &value, const QMetaObject *meta,
+    bool holdsForValue(Condition &condition, const QVariant &value, const QMetaProperty &property,
                        QString *actual);
     bool holdsForRelated(Condition &condition, const Node &related, QString *actual);
     bool holdsForContainer(Condition &condition, const Node &node, QString *actual);

@@ -18,6 +18,14 @@ namespace Vantrel::QtWrapper {
 
 namespace {
 
+/** Actions of closed menus, the application object and the like are nowhere on the screen. */
+bool hasPlace(const Node &node)
+{
+    const QObject *object = node.object();
+    return !object || object->isWidgetType() || object->isWindowType()
+        || qobject_cast<const QGraphicsObject *>(object) || !boundsOf(node).isNull();
+}
+
 bool isBelow(Node node, const Node &ancestor)
 {
     while (node && node != ancestor) {
@@ -180,14 +188,6 @@ bool Readiness::note(const QString &obstacle)
         m_obstacle = obstacle;
     }
     return obstacle.isEmpty();
-}
-
-bool hasPlace(const Node &node)
-{
-    // Entries of menus have one while their menu is open.
-    const QObject *object = node.object();
-    return !object || object->isWidgetType() || object->isWindowType()
-        || qobject_cast<const QGraphicsObject *>(object) || !boundsOf(node).isNull();
 }
 
 QString describe(const Node &node)

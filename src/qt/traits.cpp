@@ -115,16 +115,41 @@ quint32 flagsOf(const QMetaObject *meta)
     return isPlainContainer(meta) ? flags | Traits::PlainContainer : flags;
 }
 
-int labelPropertyOf(const QMetaObject *meta, quint32 flags)
+int propertyOf(const QMetaObject *meta, std::initializer_list<const char *> names)
 {
-    const bool isContent = flags & Traits::Content;
-    for (const char *name : {isContent ? "placeholderText" : "text", isContent ? "" : "title"}) {
+    for (const char *name : names) {
+        const int index = meta->indexOfProperty(name);
+        if (index != -1) {
+            return index;
+        }
+    }
+    return -1;
+}
+
+/** Labels are read as texts without asking further. */
+int textPropertyOf(const QMetaObject *meta, std::initializer_list<const char *> names)
+{
+    for (const char *name : names) {
         const int index = meta->indexOfProperty(name);
         if (index != -1 && meta->property(index).userType() == QMetaType::QString) {
             return index;
         }
     }
     return -1;
+}
+
+Traits makeTraits(const QMetaObject *meta)
+{
+    Traits traits;
+    traits.flags = flagsOf(meta);
+    if (traits.is(Traits::Content)) {
+        traits.labelProperty = textPropertyOf(meta, {"placeholderText"});
+        traits.contentProperty =
+            propertyOf(meta, {"currentText", "plainText", "keySequence", "text"});
+    } else {
+        traits.labelProperty = textPropertyOf(meta, {"text", "title"});
+    }
+    return traits;
 }
 
 /** Meta objects of objects with dynamic ones may come and go, so an entry is checked. */
@@ -141,14 +166,6 @@ struct Entry
     const QMetaObject *superClass = nullptr;
     Traits traits;
 };
-
-Entry entryOf(const QMetaObject *meta)
-{
-    Entry entry{meta, meta->className(), meta->superClass(), {}};
-    entry.traits.flags = flagsOf(meta);
-    entry.traits.labelProperty = labelPropertyOf(meta, entry.traits.flags);
-    return entry;
-}
 
 bool isNamedByQt(const QObject *object)
 {
@@ -182,16 +199,20 @@ Traits traitsOf(const QObject *object)
     const QMetaObject *meta = object->metaObject();
     Entry &entry = entries[(quintptr(meta) >> 4) % entries.size()];
     if (!entry.isOf(meta)) {
-        entry = entryOf(meta);
+        entry = {meta, meta->className(), meta->superClass(), makeTraits(meta)};
     }
     return entry.traits;
 }
 
 bool isPlumbing(const QWidget *widget)
 {
-    const Traits traits = traitsOf(widget);
     const QWidget *parent = widget->parentWidget();
-    if (!parent || (widget->isWindow() && !traits.is(Traits::ComboPopup))) {
+    return parent && isPlumbing(widget, traitsOf(widget), parent);
+}
+
+bool isPlumbing(const QWidget *widget, Traits traits, const QWidget *parent)
+{
+    if (widget->isWindow() && !traits.is(Traits::ComboPopup)) {
         return false;
     }
     return traits.is(Traits::Internal) || (traits.is(Traits::PlainContainer) && isNamedByQt(widget))
@@ -259,16 +280,8 @@ QString readText(const QObject *object, int propertyIndex)
 QString contentOf(const Node &node)
 {
     const QObject *object = node.object();
-    if (!object || !traitsOf(object).is(Traits::Content)) {
-        return QString();
-    }
-    for (const char *name : {"text", "currentText", "plainText", "keySequence"}) {
-        const QVariant value = object->property(name);
-        if (value.isValid()) {
-            return value.toString();
-        }
-    }
-    return QString();
+    const int index = object ? traitsOf(object).contentProperty : -1;
+    return index == -1 ? QString() : object->metaObject()->property(index).read(object).toString();
 }
 
 QString withoutMnemonics(const QString &text)

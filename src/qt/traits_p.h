@@ -39,6 +39,9 @@ struct Traits
         ProxyWidget = 0x200000,
         ColumnView = 0x400000,
         Stack = 0x800000,
+        /** Every other widget is a node of its own, below whatever but these: */
+        PerhapsPlumbing = Internal | PlainContainer | LineEdit | ScrollBar | ItemView | ComboPopup,
+        PlumbedContainer = ScrollArea,
         /** Has children that are not among its child widgets. */
         HasParts = Menu | MenuBar | ItemView | HeaderView | TabBar | GraphicsView
     };
@@ -48,12 +51,16 @@ struct Traits
     quint32 flags = 0;
     /** The property that holds the label; -1 when there is none. */
     int labelProperty = -1;
+    /** The property that holds what a user fills in; -1 when there is none. */
+    int contentProperty = -1;
 };
 
 Traits traitsOf(const QObject *object);
 
 /** Whether a widget is not part of the tester's tree, so that its children take its place. */
 bool isPlumbing(const QWidget *widget);
+/** The same for a widget whose class and @p parent, which must not be null, are known. */
+bool isPlumbing(const QWidget *widget, Traits traits, const QWidget *parent);
 /** The menu or menu bar that an action is an item of, or null. */
 QWidget *homeOf(const QAction *action);
 /** The view that graphics items of a scene are children of; null for an item without. */

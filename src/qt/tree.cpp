@@ -150,17 +150,13 @@ Node parentOfModelItem(QAbstractItemView *view, const QModelIndex &index)
 // asked of the application may change it, so lists are held and counts asked again.
 
 /** Showing pages changes their order among the children, so they go by their numbers. */
-QObjectList childrenOf(const QWidget *parent)
+QObjectList childrenOfStack(const QStackedWidget *stack)
 {
-    if (!traitsOf(parent).is(Traits::Stack)) {
-        return parent->children();
-    }
-    const auto *stack = static_cast<const QStackedWidget *>(parent);
     QObjectList children;
     for (int i = 0; i < stack->count(); ++i) {
         children << stack->widget(i);
     }
-    for (QObject *child : parent->children()) {
+    for (QObject *child : stack->children()) {
         if (!child->isWidgetType() || stack->indexOf(static_cast<QWidget *>(child)) == -1) {
             children << child;
         }
@@ -169,21 +165,26 @@ QObjectList childrenOf(const QWidget *parent)
 }
 
 template <class F>
-bool eachChildWidget(const QWidget *parent, const QWidget *owner, F &visit)
+bool eachChildWidget(const QWidget *parent, Traits parentTraits, const QWidget *owner, F &visit)
 {
-    const QObjectList children = childrenOf(parent);
+    const QObjectList children = parentTraits.is(Traits::Stack)
+        ? childrenOfStack(static_cast<const QStackedWidget *>(parent))
+        : parent->children();
+    const bool isPlumbed = parentTraits.is(Traits::PlumbedContainer);
     for (QObject *child : children) {
         if (!child->isWidgetType()) {
             continue;
         }
         auto *widget = static_cast<QWidget *>(child);
-        if (traitsOf(widget).is(Traits::Menu)) {
+        const Traits traits = traitsOf(widget);
+        if (traits.is(Traits::Menu)) {
             if (Node(const_cast<QWidget *>(owner)) == parentOfMenu(static_cast<QMenu *>(widget))
                 && !visit(Node(widget))) {
                 return false;
             }
-        } else if (isPlumbing(widget)) {
-            if (!eachChildWidget(widget, owner, visit)) {
+        } else if ((isPlumbed || traits.is(Traits::PerhapsPlumbing))
+                   && isPlumbing(widget, traits, parent)) {
+            if (!eachChildWidget(widget, traits, owner, visit)) {
                 return false;
             }
         } else if (!widget->isWindow() && !visit(Node(widget))) {
@@ -320,10 +321,10 @@ bool eachChildWindow(const QWindow *parent, F &visit)
 template <class F>
 bool eachChildOfWidget(QWidget *widget, ModelItems modelItems, F &visit)
 {
-    if (!widget->children().isEmpty() && !eachChildWidget(widget, widget, visit)) {
+    const Traits traits = traitsOf(widget);
+    if (!widget->children().isEmpty() && !eachChildWidget(widget, traits, widget, visit)) {
         return false;
     }
-    const Traits traits = traitsOf(widget);
     const bool isLeftOut =
         modelItems == ModelItems::LeftOut && traits.is(Traits::ItemView | Traits::HeaderView);
     if (traits.is(Traits::HasParts) && !isLeftOut && !eachPartOf(widget, traits, visit)) {

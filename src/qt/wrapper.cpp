@@ -36,7 +36,6 @@ bool install()
         registerCasts();
         registerEvents();
         registerWaiting();
-        registerActions();
         registerHierarchy();
         registerGeometry();
         registerWindows();
