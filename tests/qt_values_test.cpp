@@ -232,9 +232,9 @@ TEST_F(QtValues, WritesWhatFitsAndRefusesTheRest)
         {"orientation", wrap("Vertical"), true, "2"},
         {"orientation", wrap("Qt::Horizontal"), true, "1"},
         {"orientation", wrap("Diagonal"), false, "1"},
-        {"widget", handleFor(&label), true, ""},
-        {"widget", handleFor(&plain), false, ""},
-        {"widget", wrap(1), false, ""},
+        {"widget", handleFor(&label), true, "QLabel"},
+        {"widget", handleFor(&plain), false, "QLabel"},
+        {"widget", wrap(1), false, "QLabel"},
         {"numbers", array({wrap(1), wrap(2)}), true, "[ 1, 2 ]"},
         {"numbers", SharedPtr<Object>(), false, "[ 1, 2 ]"},
     };
