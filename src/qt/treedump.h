@@ -43,8 +43,9 @@ VANTREL_QT_EXPORT QByteArray toXml(const UiElement &element);
 VANTREL_QT_EXPORT QByteArray toJson(const UiElement &element);
 /**
  * The picture of the window of @p root (null: of the active or else first
- * window) with the box and the short name of each object in it, as PNG. Empty,
- * with the last error set, when there is no window to show.
+ * window) with the box and the short name of the object and each one below it
+ * that is visible, as PNG. Empty, with the last error set, when there is no
+ * window to show.
  */
 VANTREL_QT_EXPORT QByteArray annotatedPicture(const SharedPtr<Object> &root,
                                               const DumpOptions &options = {});

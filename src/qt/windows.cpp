@@ -1,6 +1,7 @@
 #include "qt/delegates_p.h"
 
 #include "qt/handles_p.h"
+#include "qt/modality_p.h"
 #include "qt/node_p.h"
 #include "qt/script.h"
 #include "qt/waiting.h"
@@ -108,50 +109,6 @@ Result refused(const QString &verb, const Target &target, const QString &reason)
     return {QStringLiteral("Can't %1 the %2: %3.").arg(verb, target.name(), reason)};
 }
 
-bool isAncestor(const QWindow *ancestor, const QWindow *window)
-{
-    while (window && window != ancestor) {
-        window = window->parent() ? window->parent() : window->transientParent();
-    }
-    return window != nullptr;
-}
-
-bool blocks(const QWindow *modal, const QWindow *window)
-{
-    if (isAncestor(modal, window)) {
-        return false;
-    }
-    return modal->modality() == Qt::ApplicationModal
-        || (modal->modality() == Qt::WindowModal && isAncestor(window, modal));
-}
-
-/** The modal window that keeps the user from @p window; null when none does. */
-QWindow *blockingWindow(const QWindow *window)
-{
-    QWindow *newest = QGuiApplication::modalWindow();
-    if (!window || !newest || isAncestor(newest, window)) {
-        return nullptr;
-    }
-    if (blocks(newest, window)) {
-        return newest;
-    }
-    const QWindowList windows = QGuiApplication::topLevelWindows();
-    const auto found = std::find_if(windows.begin(), windows.end(), [window](QWindow *other) {
-        return other->isVisible() && blocks(other, window);
-    });
-    // A dialog that came later is not blocked by the one below, and the order of these is unknown.
-    return found == windows.end() || window->modality() != Qt::NonModal ? nullptr : *found;
-}
-
-QString describeWindow(const QWindow *window)
-{
-    const QWidgetList widgets = QApplication::topLevelWidgets();
-    const auto found = std::find_if(widgets.begin(), widgets.end(), [window](const QWidget *w) {
-        return w->windowHandle() == window;
-    });
-    return summaryOf(found == widgets.end() ? Node(const_cast<QWindow *>(window)) : Node(*found));
-}
-
 /** Why nothing can be done to the object as a window; empty when something can. */
 QString whyNoWindow(const Target &target)
 {
@@ -175,8 +132,9 @@ QString whyOutOfReach(const Target &target)
     if (!target.isVisible()) {
         return QStringLiteral("it is hidden");
     }
-    const QWindow *modal = blockingWindow(target.handle());
-    return modal ? QStringLiteral("it is blocked by the modal window %1").arg(describeWindow(modal))
+    QWindow *window = target.handle();
+    const QWindow *modal = window ? blockingWindow(window) : nullptr;
+    return modal ? QStringLiteral("it is blocked by the modal window %1").arg(titleOf(modal))
                  : QString();
 }
 
