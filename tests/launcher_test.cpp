@@ -445,6 +445,7 @@ TEST(Plugin, WorksWithoutTheLauncher)
 int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
+    qputenv("LSAN_OPTIONS", "print_suppressions=0:suppressions=" VANTREL_TEST_DATA "/qt.supp");
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }
