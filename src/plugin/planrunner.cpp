@@ -394,6 +394,7 @@ void PlanRunner::finish(const Failure &failure)
     conclude(failure);
     m_sinceEnd.start();
     m_ending.start();
+    QMetaObject::invokeMethod(this, &PlanRunner::endApplication, Qt::QueuedConnection);
 }
 
 void PlanRunner::conclude(const Failure &failure)

@@ -29,8 +29,17 @@ namespace QtWrapper {
  * "_vantrel_".
  */
 
-/** Stands for the middle of the object. */
+/**
+ * Stands for the middle of the object, or of its part that is in view. For a
+ * check box or radio button it is the middle of what reacts to a click.
+ */
 constexpr QPoint nowhere(-1, -1);
+
+/**
+ * How long actions wait for their object, in milliseconds. At first that is
+ * defaultTimeout of waiting.h.
+ */
+VANTREL_QT_EXPORT void setActionTimeout(int milliseconds);
 
 VANTREL_QT_EXPORT bool mouseClick(const SharedPtr<Object> &object, const QPoint &position = nowhere,
                                   int button = 1, int modifiers = 0);
@@ -67,7 +76,8 @@ VANTREL_QT_EXPORT bool replayTouch(const SharedPtr<Object> &object, const QStrin
 /** What the object shows, as PNG; of the whole window with @p wholeWindow. Empty on failure. */
 VANTREL_QT_EXPORT QByteArray screenshot(const SharedPtr<Object> &object, bool wholeWindow = false);
 /** The same, written to a file. */
-VANTREL_QT_EXPORT bool saveScreenshot(const SharedPtr<Object> &object, const QString &fileName);
+VANTREL_QT_EXPORT bool saveScreenshot(const SharedPtr<Object> &object, const QString &fileName,
+                                      bool wholeWindow = false);
 
 } // namespace QtWrapper
 } // namespace Vantrel

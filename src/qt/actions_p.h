@@ -3,8 +3,9 @@
 
 namespace Vantrel::QtWrapper {
 
-/** Adds the global functions that wait. */
+// Each adds global functions, once for the process.
 void registerWaiting();
+void registerActions();
 
 } // namespace Vantrel::QtWrapper
 

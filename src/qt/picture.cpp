@@ -26,7 +26,7 @@
 #include <QWindow>
 
 #include <algorithm>
-#include <array>
+#include <numeric>
 
 namespace Vantrel::QtWrapper {
 
@@ -47,6 +47,8 @@ struct Box
     QRectF rect;
     QString label;
     Kind kind;
+    /** The label says what the object shows anyway. */
+    bool repeatsText;
 };
 
 QColor colorOf(Kind kind)
@@ -101,15 +103,24 @@ Kind kindOf(const Node &node)
     return isControl ? Kind::Control : Kind::Container;
 }
 
-/** The name that tells most in little room: objectName, else the text, else the class. */
-QString shortLabel(const Node &node)
+/** The name that an application gave to an object; Qt names its own parts too. */
+QString givenName(const Node &node)
 {
-    QString label = objectNameOf(node);
-    if (label.isEmpty()) {
-        label = labelOf(node).simplified();
-        label = label.isEmpty() ? typeName(node) : QLatin1Char('"') + label + QLatin1Char('"');
+    const QString name = objectNameOf(node);
+    return name.startsWith(QLatin1String("qt_")) ? QString() : name;
+}
+
+/** The name that tells most in little room: objectName, else the text, else the class. */
+Box boxOf(const Node &node, const QRectF &rect)
+{
+    const QString name = givenName(node);
+    const QString text = name.isEmpty() ? labelOf(node).simplified() : QString();
+    QString label = text.isEmpty() ? name : QLatin1Char('"') + text + QLatin1Char('"');
+    label = label.isEmpty() ? typeName(node) : label;
+    if (label.size() > maximumLabel) {
+        label = label.left(maximumLabel - 1) + QChar(0x2026);
     }
-    return label.size() > maximumLabel ? label.left(maximumLabel - 1) + QChar(0x2026) : label;
+    return {rect, label, kindOf(node), !text.isEmpty()};
 }
 
 std::vector<Box> boxesOf(const ObjectList &objects, const QWindow *window)
@@ -120,7 +131,7 @@ std::vector<Box> boxesOf(const ObjectList &objects, const QWindow *window)
         const Node node = nodeOf(object);
         const QRect bounds = node && windowOf(node) == window ? visibleBoundsOf(node) : QRect();
         if (!bounds.isEmpty()) {
-            boxes.push_back({bounds.translated(-origin), shortLabel(node), kindOf(node)});
+            boxes.push_back(boxOf(node, bounds.translated(-origin)));
         }
     }
     return boxes;
@@ -132,30 +143,35 @@ class Labels
 public:
     Labels(const QRectF &area, const std::vector<Box> &boxes) : m_area(area), m_boxes(boxes) {}
 
-    /** Null when all places are taken. */
+    /** Null when there is no place for it. */
     QRectF place(const Box &box, const QSizeF &size)
     {
         QRectF best;
         qreal leastCost = 0;
-        for (const QPointF &corner : candidates(box.rect, size)) {
+        for (const QPointF &corner : candidates(box, size)) {
             const QRectF rect = moved(QRectF(corner, size));
-            if (isTaken(rect)) {
-                continue;
-            }
-            const qreal cost = costOf(rect, box);
-            if (best.isNull() || cost < leastCost) {
+            const qreal cost = isTaken(rect) ? -1 : costOf(rect, box);
+            if (cost >= 0 && (best.isNull() || cost < leastCost)) {
                 best = rect;
                 leastCost = cost;
             }
         }
-        if (!best.isNull()) {
-            m_taken.push_back(best);
+        if (best.isNull() || (box.repeatsText && leastCost > 0)) {
+            return QRectF();
         }
+        m_taken.push_back(best);
         return best;
     }
 
 private:
-    static std::vector<QPointF> candidates(const QRectF &box, const QSizeF &size)
+    /** In the order in which they are liked. */
+    static std::vector<QPointF> candidates(const Box &box, const QSizeF &size)
+    {
+        return box.kind == Kind::Container ? candidatesInside(box.rect, size)
+                                           : candidatesAround(box.rect, size);
+    }
+
+    static std::vector<QPointF> candidatesAround(const QRectF &box, const QSizeF &size)
     {
         const qreal right = box.right() - size.width();
         const qreal middle = box.center().x() - size.width() / 2;
@@ -178,6 +194,24 @@ private:
                 {middle, inBottom}};
     }
 
+    /** Along the edges, from the right, as contents begin at the left. */
+    static std::vector<QPointF> candidatesInside(const QRectF &box, const QSizeF &size)
+    {
+        constexpr int numSteps = 12;
+        const qreal width = std::max<qreal>(box.width() - size.width(), 0);
+        const qreal height = std::max<qreal>(box.height() - size.height(), 0);
+        std::vector<QPointF> result;
+        for (int i = 0; i <= numSteps; ++i) {
+            const qreal x = box.left() + width * (1 - qreal(i) / numSteps);
+            result.insert(result.end(), {{x, box.top()}, {x, box.top() + height}});
+        }
+        for (int i = 1; i < numSteps; ++i) {
+            const qreal y = box.top() + height * i / numSteps;
+            result.insert(result.end(), {{box.left() + width, y}, {box.left(), y}});
+        }
+        return result;
+    }
+
     /** Into the picture. */
     QRectF moved(QRectF rect) const
     {
@@ -194,16 +228,15 @@ private:
                            [&rect](const QRectF &taken) { return taken.intersects(rect); });
     }
 
-    /** How much it hides of what is small, most of all its own box. */
+    /** How much it hides of what is no container, most of all of its own box. */
     qreal costOf(const QRectF &rect, const Box &own) const
     {
-        qreal cost = 0;
-        for (const Box &box : m_boxes) {
-            const QRectF hidden = box.kind == Kind::Container ? QRectF() : box.rect & rect;
-            cost += hidden.width() * hidden.height();
-        }
-        const QRectF hidden = own.rect & rect;
-        return cost + hidden.width() * hidden.height();
+        const auto hidden = [&rect](const Box &box) {
+            const QRectF part = box.rect & rect;
+            return box.kind == Kind::Container ? 0 : part.width() * part.height();
+        };
+        return std::accumulate(m_boxes.begin(), m_boxes.end(), hidden(own),
+                               [&hidden](qreal sum, const Box &box) { return sum + hidden(box); });
     }
 
     const QRectF m_area;

@@ -18,14 +18,6 @@ namespace Vantrel::QtWrapper {
 
 namespace {
 
-/** Actions of closed menus, the application object and the like are nowhere on the screen. */
-bool hasPlace(const Node &node)
-{
-    const QObject *object = node.object();
-    return !object || object->isWidgetType() || object->isWindowType()
-        || qobject_cast<const QGraphicsObject *>(object) || !boundsOf(node).isNull();
-}
-
 bool isBelow(Node node, const Node &ancestor)
 {
     while (node && node != ancestor) {
@@ -188,6 +180,14 @@ bool Readiness::note(const QString &obstacle)
         m_obstacle = obstacle;
     }
     return obstacle.isEmpty();
+}
+
+bool hasPlace(const Node &node)
+{
+    // Entries of menus have one while their menu is open.
+    const QObject *object = node.object();
+    return !object || object->isWidgetType() || object->isWindowType()
+        || qobject_cast<const QGraphicsObject *>(object) || !boundsOf(node).isNull();
 }
 
 QString describe(const Node &node)

@@ -54,6 +54,8 @@ public:
     bool look(const SharedPtr<Object> &object);
     /** For a point of the object, global, instead of the middle of what is visible. */
     bool look(const Node &node, const std::optional<QPoint> &point);
+    /** For a check of the caller that is false. Returns false. */
+    bool lookInVain(const QString &obstacle) { return note(obstacle); }
     /** Notes that there is no object, so that its checks begin anew. */
     void reset();
     /** Whether it will never be ready, because it is gone. */
@@ -73,6 +75,8 @@ private:
     QElapsedTimer m_since;
 };
 
+/** Whether a node can be somewhere on the screen; the application object, for one, cannot. */
+bool hasPlace(const Node &node);
 /** Kind and name of a node, for messages; cheaper than its name. */
 QString describe(const Node &node);
 /** Sets the last error to "<operation>: <reason>". Returns false. */

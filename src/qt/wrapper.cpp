@@ -36,6 +36,7 @@ bool install()
         registerCasts();
         registerEvents();
         registerWaiting();
+        registerActions();
         registerHierarchy();
         registerGeometry();
         registerWindows();
