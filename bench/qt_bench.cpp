@@ -10,13 +10,14 @@
 
 using namespace Vantrel;
 
-// Reading a property by name: of Qt itself, and through a handle. The first
-// stands near the end of the look-up of names, the second near its beginning.
+// Reading a property by name: of Qt itself, and through a handle. A text of
+// the class next to the last is what Qt finds fastest.
 
 namespace {
 
 struct Subject
 {
+    Subject() { button.setWindowTitle(QStringLiteral("Save as...")); }
     QPushButton button{QStringLiteral("Save as...")};
     SharedPtr<Object> handle = QtWrapper::handleFor(&button);
 };
@@ -45,6 +46,25 @@ void textByHandle(benchmark::State &state)
     }
 }
 BENCHMARK(textByHandle);
+
+void titleByQt(benchmark::State &state)
+{
+    QObject *object = &subject().button;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(object->property("windowTitle").toString());
+    }
+}
+BENCHMARK(titleByQt);
+
+void titleByHandle(benchmark::State &state)
+{
+    const SharedPtr<Object> handle = subject().handle;
+    const QString name = QStringLiteral("windowTitle");
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(handle->type()->property(name)->get(handle)->toString());
+    }
+}
+BENCHMARK(titleByHandle);
 
 void numberByQt(benchmark::State &state)
 {

@@ -19,8 +19,7 @@ using namespace Vantrel;
 using Vantrel::QtWrapper::handleFor;
 using Vantrel::QtWrapper::qobjectFor;
 
-namespace {
-
+// Not in a namespace without a name, where the functions of Q_ENUM would count as unused.
 class Gearbox : public QObject
 {
     Q_OBJECT
@@ -60,6 +59,8 @@ signals:
     void shiftedTo(int gear);
     void shiftedTo(const QString &gear, bool fast = false);
 };
+
+namespace {
 
 class QtMetaclass : public ::testing::Test
 {

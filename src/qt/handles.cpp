@@ -182,9 +182,9 @@ SharedPtr<Object> Handle::castTo(const Class *target)
 
 Handle *Handle::of(const SharedPtr<Object> &object)
 {
+    Object *found = object.get();
     // Nothing derives from it, and this is cheaper than a cast.
-    return object && typeid(*object) == typeid(Handle) ? static_cast<Handle *>(object.get())
-                                                       : nullptr;
+    return found && typeid(*found) == typeid(Handle) ? static_cast<Handle *>(found) : nullptr;
 }
 
 SharedPtr<Object> newHandle(QObject *object, const Class *c, const ObjectAttribute &attribute)
