@@ -84,6 +84,24 @@ TEST(QtTree, HangsMenusBelowTheirActions)
     EXPECT_EQ(3, menu->numChildren());
 }
 
+TEST(QtTree, CopesWithMenusThatContainEachOther)
+{
+    QWidget window;
+    auto *menu = new QMenu(QStringLiteral("circle"), &window);
+    auto *inner = new QMenu(QStringLiteral("inner"), &window);
+    auto *owned = new QMenu(QStringLiteral("owned"), inner);
+    menu->addMenu(menu);
+    menu->addMenu(inner);
+    inner->addMenu(menu);
+    owned->addMenu(inner);
+    for (QMenu *each : {menu, inner, owned}) {
+        EXPECT_EQ(each, findQObject(handleFor(each)->qualifiedName()));
+        EXPECT_EQ(each,
+                  findQObject(QStringLiteral("{type='QMenu' text='%1' window={type='QWidget'}}")
+                                  .arg(each->title())));
+    }
+}
+
 TEST(QtTree, ReachesPlumbingByItsName)
 {
     QScrollArea area;

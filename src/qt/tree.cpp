@@ -44,10 +44,26 @@ Node nodeAround(QWidget *widget)
     return Node(widget);
 }
 
+/** Menus can be added to each other in a circle, which then nothing leads into. */
+bool isBelow(const QWidget *widget, const QMenu *menu)
+{
+    for (int depth = 0; widget && depth < maximumDepth; ++depth) {
+        if (widget == menu) {
+            return true;
+        }
+        const bool isMenu = traitsOf(widget).is(Traits::Menu);
+        const QWidget *home =
+            isMenu ? homeOf(static_cast<const QMenu *>(widget)->menuAction()) : nullptr;
+        widget = home ? home : widget->parentWidget();
+    }
+    return false;
+}
+
 QAction *homeActionOf(const QMenu *menu)
 {
     QAction *action = menu->menuAction();
-    return action && homeOf(action) ? action : nullptr;
+    const QWidget *home = action ? homeOf(action) : nullptr;
+    return home && !isBelow(home, menu) ? action : nullptr;
 }
 
 QGraphicsProxyWidget *proxyOf(const QWidget *widget)
