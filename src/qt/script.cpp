@@ -130,7 +130,8 @@ void Runner::begin(std::unique_ptr<Script> script)
         return;
     }
     m_script = std::move(script);
-    m_aboutToQuit = connect(qApp, &QCoreApplication::aboutToQuit, this, &Runner::quit);
+    m_aboutToQuit =
+        connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &Runner::quit);
     resume();
 }
 
@@ -234,7 +235,8 @@ void closeTopmost()
 
 bool isApplicationThread()
 {
-    return qApp && QThread::currentThread() == qApp->thread();
+    const QCoreApplication *application = QCoreApplication::instance();
+    return application && QThread::currentThread() == application->thread();
 }
 
 /** Why no script can begin here; empty when one can. */
