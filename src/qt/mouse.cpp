@@ -78,7 +78,7 @@ bool succeeded(const QString &operation, Delivery delivery)
 class DragWatch : public QObject
 {
 public:
-    DragWatch() { qApp->installEventFilter(this); }
+    DragWatch() { QCoreApplication::instance()->installEventFilter(this); }
 
     /** To be called when a move was handled. */
     void look()
