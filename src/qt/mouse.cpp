@@ -120,6 +120,7 @@ private:
     QString m_operation;
     MouseInput m_input;
     std::shared_ptr<DragWatch> m_watch = std::make_shared<DragWatch>();
+    bool m_isDragging = false;
     bool m_isRefused = false;
 };
 
@@ -127,9 +128,10 @@ bool DragPath::moveTo(const QPoint &position)
 {
     m_input.position = position;
     const Delivery delivery = moveMouse(m_input, [watch = m_watch] { watch->look(); });
-    // While data is dragged, an event loop of its own runs; unless the platform knows no such
-    // thing.
-    m_isRefused = m_isRefused || (delivery == Delivery::Done && m_watch->sawDrag());
+    // While data is dragged, the move that began it runs an event loop; unless
+    // the platform knows no such thing.
+    m_isDragging = m_isDragging || delivery == Delivery::Running;
+    m_isRefused = !m_isDragging && delivery == Delivery::Done && m_watch->sawDrag();
     return delivery != Delivery::Quitting;
 }
 
