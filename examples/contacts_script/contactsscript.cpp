@@ -1,6 +1,6 @@
 #include "contactsscript.h"
 
-#include "session.h"
+#include "testrun.h"
 
 #include "objectmodel/class.h"
 #include "objectmodel/eventhandlers.h"
@@ -34,27 +34,27 @@ public:
 };
 
 /** Click, and type over what is there. */
-void fill(Session &s, const QString &edit, const QString &text)
+void fill(TestRun &s, const QString &edit, const QString &text)
 {
     const SharedPtr<Object> object = s.object(edit);
     s.require(type(object, QStringLiteral("<Ctrl+A>") + text));
     s.say(QStringLiteral("typed '%1' into %2").arg(text, edit));
 }
 
-void click(Session &s, const QString &name)
+void click(TestRun &s, const QString &name)
 {
     s.require(mouseClick(s.object(name)));
     s.say(QStringLiteral("clicked %1").arg(name));
 }
 
-void activateByName(Session &s, const QString &name)
+void activateByName(TestRun &s, const QString &name)
 {
     const SharedPtr<Object> object = waitForObjectExists(name);
     s.require(!object.isNull() && activate(object));
     s.say(QStringLiteral("activated %1").arg(name));
 }
 
-QString cell(Session &s, int row, int column)
+QString cell(TestRun &s, int row, int column)
 {
     return s.property(
         QStringLiteral("{column='%1' container=':Contacts.Table' row='%2' type='ModelItem'}")
@@ -63,7 +63,7 @@ QString cell(Session &s, int row, int column)
         "text");
 }
 
-void addContact(Session &s)
+void addContact(TestRun &s)
 {
     s.step(QStringLiteral("Add a contact through the menu and a modal dialog"));
     activateByName(s, QStringLiteral(":Contacts.New contact"));
@@ -80,7 +80,7 @@ void addContact(Session &s)
     s.waitForText(QStringLiteral(":Contacts.Count"), "text", QStringLiteral("13 of 13 contacts"));
 }
 
-void editContact(Session &s)
+void editContact(TestRun &s)
 {
     s.step(QStringLiteral("Edit a contact with a double click"));
     s.require(mouseDoubleClick(s.object(QStringLiteral(":Contacts.Ada Winter"))));
@@ -91,7 +91,7 @@ void editContact(Session &s)
                   "text", QStringLiteral("030 555 9999"));
 }
 
-void readTable(Session &s)
+void readTable(TestRun &s)
 {
     s.step(QStringLiteral("Read the table, item by item"));
     for (int row = 0; row < 4; ++row) {
@@ -109,7 +109,7 @@ void readTable(Session &s)
     s.waitForText(QStringLiteral(":Contacts.Count"), "text", QStringLiteral("13 of 13 contacts"));
 }
 
-void deleteContact(Session &s)
+void deleteContact(TestRun &s)
 {
     s.step(QStringLiteral("Delete a contact with a shortcut and confirm it"));
     click(s, QStringLiteral(":Contacts.Alan Turing"));
@@ -120,7 +120,7 @@ void deleteContact(Session &s)
     s.waitForText(QStringLiteral(":Contacts.Count"), "text", QStringLiteral("12 of 12 contacts"));
 }
 
-SharedPtr<Object> pinchGesture(Session &s)
+SharedPtr<Object> pinchGesture(TestRun &s)
 {
     const Class *builder = Inspector::self()->type(QStringLiteral("GestureBuilder"));
     const QStringList size = s.property(QStringLiteral(":Map"), "size").split(QLatin1Char('x'));
@@ -135,7 +135,7 @@ SharedPtr<Object> pinchGesture(Session &s)
     return gesture;
 }
 
-void pinchMap(Session &s)
+void pinchMap(TestRun &s)
 {
     s.step(QStringLiteral("Zoom the map with two fingers"));
     click(s, QStringLiteral(":Contacts.Map_TabItem"));
@@ -155,7 +155,7 @@ void pinchMap(Session &s)
               QStringLiteral(":Contacts"));
 }
 
-void useWindows(Session &s)
+void useWindows(TestRun &s)
 {
     s.step(QStringLiteral("Resize one window, close another"));
     const SharedPtr<Object> window = s.object(QStringLiteral(":Contacts"));
@@ -174,7 +174,7 @@ void useWindows(Session &s)
     s.say(QStringLiteral("closed :About Contacts"));
 }
 
-void failOnPurpose(Session &s)
+void failOnPurpose(TestRun &s)
 {
     s.step(QStringLiteral("Ask for something that is not there"));
     const QString name = QStringLiteral("{enabled='true' text='Safe' type='QPushButton'}");
@@ -198,7 +198,7 @@ void failOnPurpose(Session &s)
     }
 }
 
-void dump(Session &s)
+void dump(TestRun &s)
 {
     s.step(QStringLiteral("Dump the tree"));
     const std::unique_ptr<UiElement> tree = dumpTree({});
@@ -213,7 +213,7 @@ void dump(Session &s)
 
 void driveContacts(const QString &objectMap, const QString &directory)
 {
-    Session s(directory);
+    TestRun s(directory);
     ObjectMap map(false);
     if (!map.loadFromFile(objectMap)) {
         throw Failure(QStringLiteral("Cannot read the object map %1").arg(objectMap));

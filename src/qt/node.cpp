@@ -190,6 +190,17 @@ bool isObjectEnabled(QObject *object)
 
 Node::Node(QObject *object) : m_kind(object ? Kind::Object : Kind::None), m_object(object) {}
 
+Node Node::part(Kind kind, QObject *owner, int section)
+{
+    Node node;
+    if (owner && section >= 0) {
+        node.m_kind = kind;
+        node.m_object = owner;
+        node.m_section = section;
+    }
+    return node;
+}
+
 Node Node::modelItem(QAbstractItemView *view, const QModelIndex &index)
 {
     Node node;
@@ -203,24 +214,12 @@ Node Node::modelItem(QAbstractItemView *view, const QModelIndex &index)
 
 Node Node::headerSection(QHeaderView *header, int logicalIndex)
 {
-    Node node;
-    if (header && logicalIndex >= 0) {
-        node.m_kind = Kind::HeaderSection;
-        node.m_object = header;
-        node.m_section = logicalIndex;
-    }
-    return node;
+    return part(Kind::HeaderSection, header, logicalIndex);
 }
 
 Node Node::tab(QTabBar *bar, int index)
 {
-    Node node;
-    if (bar && index >= 0) {
-        node.m_kind = Kind::Tab;
-        node.m_object = bar;
-        node.m_section = index;
-    }
-    return node;
+    return part(Kind::Tab, bar, index);
 }
 
 Node Node::graphicsItem(QGraphicsView *view, QGraphicsItem *item)

@@ -72,6 +72,9 @@ public:
     friend uint qHash(const Node &node, uint seed);
 
 private:
+    /** Null when there is no @p owner or no such part. */
+    static Node part(Kind kind, QObject *owner, int section);
+
     Kind m_kind = Kind::None;
     int m_section = -1;
     /** The object, or the widget that the part belongs to. */

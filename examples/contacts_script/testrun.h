@@ -1,5 +1,5 @@
-#ifndef CONTACTS_SESSION_H
-#define CONTACTS_SESSION_H
+#ifndef CONTACTS_TESTRUN_H
+#define CONTACTS_TESTRUN_H
 
 #include "objectmodel/object.h"
 
@@ -21,10 +21,10 @@ struct Failure : std::runtime_error
  * throws a Failure, and what the run leaves behind: a transcript on standard
  * output, and in the output directory pictures and a page that shows it all.
  */
-class Session
+class TestRun
 {
 public:
-    explicit Session(const QString &directory) : m_directory(directory) {}
+    explicit TestRun(const QString &directory) : m_directory(directory) {}
 
     /** Begins a step of the transcript. */
     void step(const QString &title);
@@ -75,4 +75,4 @@ private:
     std::vector<Step> m_steps;
 };
 
-#endif // CONTACTS_SESSION_H
+#endif // CONTACTS_TESTRUN_H

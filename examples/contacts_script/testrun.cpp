@@ -1,4 +1,4 @@
-#include "session.h"
+#include "testrun.h"
 
 #include "objectmodel/class.h"
 #include "objectmodel/globalobject.h"
@@ -55,7 +55,7 @@ SharedPtr<Object> invoke(const SharedPtr<Object> &object, const Class *type, con
 
 } // namespace
 
-Session::Step &Session::current()
+TestRun::Step &TestRun::current()
 {
     if (m_steps.empty()) {
         m_steps.emplace_back();
@@ -63,14 +63,14 @@ Session::Step &Session::current()
     return m_steps.back();
 }
 
-void Session::step(const QString &title)
+void TestRun::step(const QString &title)
 {
     m_steps.push_back({title, {}, {}});
     std::printf("%2d. %s\n", int(m_steps.size()), qUtf8Printable(title));
     std::fflush(stdout);
 }
 
-void Session::say(const QString &line)
+void TestRun::say(const QString &line)
 {
     current().lines << line;
     std::printf(
@@ -79,14 +79,14 @@ void Session::say(const QString &line)
     std::fflush(stdout);
 }
 
-SharedPtr<Object> Session::object(const QString &name)
+SharedPtr<Object> TestRun::object(const QString &name)
 {
     const SharedPtr<Object> result = QtWrapper::waitForObject(name, timeout);
     require(!result.isNull());
     return result;
 }
 
-QString Session::property(const QString &name, const char *property)
+QString TestRun::property(const QString &name, const char *property)
 {
     const SharedPtr<Object> owner = QtWrapper::waitForObjectExists(name, timeout);
     require(!owner.isNull());
@@ -100,25 +100,25 @@ QString Session::property(const QString &name, const char *property)
     return value->toString();
 }
 
-SharedPtr<Object> Session::call(const SharedPtr<Object> &object, const char *method,
+SharedPtr<Object> TestRun::call(const SharedPtr<Object> &object, const char *method,
                                 const ObjectList &arguments)
 {
     return invoke(object, object->type(), method, arguments);
 }
 
-SharedPtr<Object> Session::callGlobal(const char *function, const ObjectList &arguments)
+SharedPtr<Object> TestRun::callGlobal(const char *function, const ObjectList &arguments)
 {
     return invoke({}, Inspector::self()->globalClass(), function, arguments);
 }
 
-void Session::require(bool done)
+void TestRun::require(bool done)
 {
     if (!done) {
         throw Failure(Inspector::self()->lastError());
     }
 }
 
-void Session::expect(const QString &what, const QString &actual, const QString &expected)
+void TestRun::expect(const QString &what, const QString &actual, const QString &expected)
 {
     if (actual != expected) {
         throw Failure(QStringLiteral("%1 is '%2' instead of '%3'").arg(what, actual, expected));
@@ -126,7 +126,7 @@ void Session::expect(const QString &what, const QString &actual, const QString &
     say(QStringLiteral("%1: %2").arg(what, actual));
 }
 
-void Session::waitForText(const QString &name, const char *property, const QString &expected)
+void TestRun::waitForText(const QString &name, const char *property, const QString &expected)
 {
     const auto isReached = [&] { return this->property(name, property) == expected; };
     const QString what =
@@ -138,7 +138,7 @@ void Session::waitForText(const QString &name, const char *property, const QStri
     say(QStringLiteral("%1: %2").arg(name, expected));
 }
 
-void Session::save(const QString &fileName, const QByteArray &content)
+void TestRun::save(const QString &fileName, const QByteArray &content)
 {
     QSaveFile file(m_directory.filePath(fileName));
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()
@@ -148,7 +148,7 @@ void Session::save(const QString &fileName, const QByteArray &content)
     }
 }
 
-void Session::picture(const QString &fileName, const QString &caption, const QString &window)
+void TestRun::picture(const QString &fileName, const QString &caption, const QString &window)
 {
     const QByteArray png = QtWrapper::annotatedPicture(object(window));
     require(!png.isEmpty());
@@ -156,13 +156,13 @@ void Session::picture(const QString &fileName, const QString &caption, const QSt
     show(fileName, caption);
 }
 
-void Session::show(const QString &fileName, const QString &caption)
+void TestRun::show(const QString &fileName, const QString &caption)
 {
     current().exhibits.push_back({fileName, caption});
     say(QStringLiteral("%1: %2").arg(fileName, caption));
 }
 
-QString Session::html() const
+QString TestRun::html() const
 {
     QString page = QString::fromUtf8(pageHead)
         + QStringLiteral("<h1>Contacts, driven by names</h1>\n"
@@ -187,7 +187,7 @@ QString Session::html() const
     return page + QStringLiteral("</body>\n</html>\n");
 }
 
-void Session::finish()
+void TestRun::finish()
 {
     save(QStringLiteral("index.html"), html().toUtf8());
 }
