@@ -79,6 +79,14 @@ const T *memberByName(const Class *c, const QString &name, QVector<const T *> Cl
     return nullptr;
 }
 
+/** Tells most names apart, so that few of the many properties of a class are really compared. */
+quint32 propertyKey(const QString &name)
+{
+    const quint32 size = static_cast<quint32>(name.size());
+    return size == 0 ? 0
+                     : size << 16 ^ name.at(0).unicode() << 8 ^ name.at(name.size() - 1).unicode();
+}
+
 /** Type names nested deeper than this, which nobody writes, are left as they are. */
 constexpr int maximumTypeDepth = 256;
 
@@ -139,6 +147,24 @@ void ClassPrivate::buildProperties(const Class *q)
         }
         return property;
     });
+}
+
+const Property *ClassPrivate::findProperty(const QString &wanted, quint32 key)
+{
+    if (propertyKeys.size() != properties.size()) {
+        propertyKeys.clear();
+        for (const Property *property : qAsConst(properties)) {
+            propertyKeys.append(property ? propertyKey(property->name()) : 0);
+        }
+    }
+    const quint32 *keys = propertyKeys.constData();
+    for (int i = 0; i < properties.size(); ++i) {
+        const Property *property = keys[i] == key ? properties.at(i) : nullptr;
+        if (property && isSameName(property->name(), wanted)) {
+            return property;
+        }
+    }
+    return nullptr;
 }
 
 void ClassPrivate::setupPropertyDelegate()
@@ -419,7 +445,16 @@ MethodList Class::methods(const QString &name) const
 
 const Property *Class::property(const QString &name) const
 {
-    return memberByName(this, name, &ClassPrivate::properties, &ClassPrivate::buildProperties);
+    const quint32 key = propertyKey(name);
+    for (const Class *c = this; c; c = c->super()) {
+        if (c->d->properties.isEmpty()) {
+            c->d->buildProperties(c);
+        }
+        if (const Property *found = c->d->findProperty(name, key)) {
+            return found;
+        }
+    }
+    return nullptr;
 }
 
 const Event *Class::event(const QString &name) const

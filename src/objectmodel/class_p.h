@@ -26,6 +26,8 @@ public:
     /** Fills the table of one kind from its factory, once. */
     void buildMethods(const Class *q);
     void buildProperties(const Class *q);
+    /** The own property of that name, or null. The table is built already. */
+    const Property *findProperty(const QString &wanted, quint32 key);
     void buildEvents(const Class *q);
     void buildEnums(const Class *q);
     void buildConstructors(const Class *q);
@@ -39,6 +41,8 @@ public:
     QVector<const Constructor *> constructors;
     QVector<const Method *> methods;
     QVector<const Property *> properties;
+    /** What is compared first of the name of each property, see propertyKey(). */
+    QVector<quint32> propertyKeys;
     QVector<const Event *> events;
     QVector<const Enum *> enums;
     QMap<QString, const Interface *> interfaces;
