@@ -272,6 +272,11 @@ void registerWaiting()
                 [](const QString &name, int timeout) { return waitForObjectExists(name, timeout); },
                 {"name", "timeout"});
     addFunction("waitFor",
+                [](const SharedPtr<Object> &object, const QString &property, const QString &value) {
+                    return result(waitForText(object, property, value, defaultTimeout));
+                },
+                {"object", "property", "value"});
+    addFunction("waitFor",
                 [](const SharedPtr<Object> &object, const QString &property, const QString &value,
                    int timeout) { return result(waitForText(object, property, value, timeout)); },
                 {"object", "property", "value", "timeout"});
