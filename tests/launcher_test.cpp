@@ -437,6 +437,8 @@ TEST(Plugin, WorksWithoutTheLauncher)
         {"an unknown key", "paint=x", 2, "", "invalid part \"paint=x\""},
         {"a bad number", "depth=many;tree=x", 2, "", "invalid part \"depth=many\""},
         {"no file", "tree=", 2, "", "invalid part \"tree=\""},
+        {"a status that cannot be told", "status=/nowhere/status", 125, "",
+         "cannot write /nowhere/status"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);

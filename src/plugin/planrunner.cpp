@@ -200,11 +200,15 @@ bool PlanRunner::takePlan()
         tell(QStringLiteral("loaded %1").arg(getpid()));
         return true;
     }
-    if (!m_status.exists()) {
-        reportError(
-            QStringLiteral("cannot write %1: %2").arg(m_status.fileName(), m_status.errorString()));
+    if (m_status.exists()) {
+        return false;
     }
-    return false;
+    if (m_invalid.code == 0) {
+        m_invalid = {
+            ExitCode::planFailed,
+            QStringLiteral("cannot write %1: %2").arg(m_status.fileName(), m_status.errorString())};
+    }
+    return true;
 }
 
 void PlanRunner::tell(const QString &line)
