@@ -421,6 +421,36 @@ TEST(Doctor, SeesAPluginThatIsMissing)
     EXPECT_TRUE(outcome.out.contains("the plugin is missing")) << qPrintable(outcome.out);
 }
 
+TEST(Doctor, SeesAPluginOfAnotherQt)
+{
+    const QTemporaryDir directory;
+    const QString plugins = directory.filePath("lib/vantrel/plugins/generic");
+    ASSERT_TRUE(QDir().mkpath(directory.filePath("bin")) && QDir().mkpath(plugins));
+    const QString copy = directory.filePath("bin/vantrel");
+    QFile::copy(launcher, copy);
+    // Behind this mark stand a zero and the version.
+    const QByteArray mark = "QTMETADATA !";
+    QByteArray content = contentOf(QStringLiteral(VANTREL_PLUGINS "/generic/libvantrelplugin.so"));
+    ASSERT_TRUE(content.contains(mark));
+    content[content.indexOf(mark) + mark.size() + 2] = 99;
+    QFile plugin(plugins + "/libvantrelplugin.so");
+    ASSERT_TRUE(plugin.open(QIODevice::WriteOnly) && plugin.write(content) == content.size());
+    plugin.close();
+
+    QProcess process;
+    process.start(copy, {"doctor", "--", contacts});
+    const Outcome diagnosis = outcomeOf(process);
+    EXPECT_EQ(1, diagnosis.code);
+    EXPECT_TRUE(diagnosis.out.contains("the plugin was built with Qt 5.99"))
+        << qPrintable(diagnosis.out);
+
+    process.start(copy, {"tree", "--timeout", "0", "--", contacts});
+    const Outcome attempt = outcomeOf(process);
+    EXPECT_EQ(126, attempt.code) << "the application is not waited for without end";
+    EXPECT_TRUE(attempt.err.contains("the plugin was built with Qt 5.99"))
+        << qPrintable(attempt.err);
+}
+
 TEST(Plugin, WorksWithoutTheLauncher)
 {
     const struct

@@ -36,7 +36,9 @@ QStringList evidence(const QString &log, const QString &plugin)
             || line.startsWith(QLatin1String("Got keys")) || line.startsWith(QLatin1Char(' '))
             || line.startsWith(QLatin1Char('{')) || line.startsWith(QLatin1Char('}'))
             || line.startsWith(QLatin1String("loaded library"));
-        if (line.contains(plugin) && line.contains(QLatin1String("annot"))) {
+        const bool isRefusal =
+            line.contains(QLatin1String("annot")) || line.contains(QLatin1String("incompatible"));
+        if (line.contains(plugin) && isRefusal) {
             found << line;
         } else if (!isOfQt) {
             rest << line;
@@ -55,6 +57,7 @@ QString endText(const LaunchResult &result)
     case LaunchResult::End::Signalled:
         return QStringLiteral("it was ended by the signal %1").arg(result.number);
     case LaunchResult::End::TimedOut:
+    case LaunchResult::End::Hopeless:
     case LaunchResult::End::Interrupted:
         break;
     }

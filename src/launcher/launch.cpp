@@ -11,6 +11,7 @@
 
 #include <csignal>
 #include <functional>
+#include <utility>
 
 namespace Vantrel {
 
@@ -18,7 +19,11 @@ namespace {
 
 // Milliseconds.
 constexpr int terminationTime = 2000;
+/** Most applications load the plugin in a small part of it. */
+constexpr int loadingTime = 3000;
 constexpr int pollInterval = 20;
+/** For the system to remove what was killed; who has to reap it may not do so. */
+constexpr int dyingTime = 500;
 
 void putFirst(QProcessEnvironment &environment, const QString &variable, const QString &text,
               QLatin1Char separator)
@@ -65,6 +70,8 @@ public:
 private:
     void start();
     void end(LaunchResult::End reason, int signal);
+    void endIfHopeless();
+    void kill();
     void processFinished(int number, QProcess::ExitStatus status);
     void finishWhenAllHaveEnded();
     void finish();
@@ -73,23 +80,27 @@ private:
     ApplicationProcess m_process;
     SignalWatch m_signals;
     QTimer m_timeout;
+    QTimer m_loading;
     QTimer m_kill;
     QTimer m_poll;
     QEventLoop m_loop;
     QElapsedTimer m_clock;
     LaunchResult m_result;
     bool m_isEnding = false;
+    bool m_isKilled = false;
     bool m_hasFinished = false;
 };
 
 Launch::Launch(const LaunchOptions &options) : m_options(options)
 {
     m_timeout.setSingleShot(true);
+    m_loading.setSingleShot(true);
     m_kill.setSingleShot(true);
     m_poll.setInterval(pollInterval);
     QObject::connect(&m_timeout, &QTimer::timeout,
                      [this] { end(LaunchResult::End::TimedOut, SIGTERM); });
-    QObject::connect(&m_kill, &QTimer::timeout, [this] { m_process.signalGroup(SIGKILL); });
+    QObject::connect(&m_loading, &QTimer::timeout, [this] { endIfHopeless(); });
+    QObject::connect(&m_kill, &QTimer::timeout, [this] { kill(); });
     QObject::connect(&m_poll, &QTimer::timeout, [this] { finishWhenAllHaveEnded(); });
     QObject::connect(&m_signals, &SignalWatch::received,
                      [this](int signal) { end(LaunchResult::End::Interrupted, signal); });
@@ -108,6 +119,9 @@ LaunchResult Launch::run()
     m_process.adoptGroup();
     if (m_options.timeout > 0) {
         m_timeout.start(m_options.timeout);
+    }
+    if (m_options.isHopeless) {
+        m_loading.start(loadingTime);
     }
     if (!m_hasFinished) {
         m_loop.exec();
@@ -133,8 +147,7 @@ void Launch::start()
 void Launch::end(LaunchResult::End reason, int signal)
 {
     if (m_isEnding) {
-        m_kill.stop();
-        m_process.signalGroup(SIGKILL);
+        kill();
         return;
     }
     m_isEnding = true;
@@ -145,6 +158,24 @@ void Launch::end(LaunchResult::End reason, int signal)
     // Stopped processes would not notice.
     m_process.signalGroup(SIGCONT);
     m_kill.start(terminationTime);
+}
+
+void Launch::kill()
+{
+    m_process.signalGroup(SIGKILL);
+    m_kill.stop();
+    if (!std::exchange(m_isKilled, true)) {
+        m_kill.start(dyingTime);
+    }
+}
+
+/** An application that cannot load the plugin simply goes on. */
+void Launch::endIfHopeless()
+{
+    if (!m_isEnding && !PlanStatus::fromFile(m_options.plan.statusFile).isLoaded
+        && m_options.isHopeless()) {
+        end(LaunchResult::End::Hopeless, SIGTERM);
+    }
 }
 
 void Launch::processFinished(int number, QProcess::ExitStatus status)

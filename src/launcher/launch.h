@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace Vantrel {
 
 /** How an application is to be started. */
@@ -24,6 +26,8 @@ struct LaunchOptions
     /** Receives what the application writes, with what Qt says about plugins; empty passes all
      * streams on untouched. */
     QString logFile;
+    /** Asked when the application takes long to load the plugin: whether it never will. */
+    std::function<bool()> isHopeless;
 };
 
 /** How it ended. */
@@ -34,6 +38,7 @@ struct LaunchResult
         Exited,
         Signalled,
         TimedOut, ///< and was killed
+        Hopeless, ///< and was killed, as it would never have loaded the plugin
         Interrupted ///< a signal to this process was passed on
     };
 

@@ -99,6 +99,8 @@ QString endText(const LaunchResult &result, const CommandLine &line)
     case End::TimedOut:
         return QStringLiteral("%1 was killed after %2 s")
             .arg(name, QString::number(line.timeout / 1000.0));
+    case End::Hopeless:
+        return QStringLiteral("%1 was ended").arg(name);
     case End::Interrupted:
         return QStringLiteral("%1 was ended together with this program").arg(name);
     case End::NotStarted:
@@ -118,6 +120,7 @@ int codeOfEnd(const LaunchResult &result)
         return ExitCode::signalBase + result.number;
     case End::TimedOut:
         return ExitCode::timeout;
+    case End::Hopeless:
     case End::NotStarted:
         break;
     }
@@ -159,6 +162,7 @@ int open(const CommandLine &line, LaunchOptions options, const QTemporaryDir &di
     const QString output = directory.filePath(QStringLiteral("output"));
     options.plan.steps = planFor(line, output).steps;
     options.plan.pluginPath = options.pluginDirectory;
+    options.isHopeless = [&line] { return hasProblem(examine(line.application.constFirst())); };
     const LaunchResult result = launch(options);
     if (result.end == End::NotStarted) {
         reportError(endText(result, line));
