@@ -164,4 +164,15 @@ TEST_F(QtMatching, TellsWhatDidNotMatch)
     EXPECT_TRUE(conditions[1].actual.isNull());
     EXPECT_EQ(QStringLiteral("match button"), conditions[2].actual);
     EXPECT_TRUE(Inspector::self()->lastError().contains(QLatin1String("noSuch,text")));
+
+    // "enabled" holds by chance for many that come before.
+    for (int i = 0; i < 12; ++i) {
+        new QLabel(QStringLiteral("more"), &window);
+    }
+    auto *meant = new QPushButton(&window);
+    meant->setObjectName(QStringLiteral("match last"));
+    meant->setEnabled(false);
+    EXPECT_FALSE(find(QStringLiteral("{enabled='true' name='match last'}")));
+    ASSERT_FALSE(Inspector::self()->nearMisses().empty());
+    EXPECT_EQ(meant, QtWrapper::qobjectFor(Inspector::self()->nearMisses().front().object));
 }

@@ -314,6 +314,10 @@ TEST_F(Search, NamesTheNearestCandidates)
     EXPECT_FALSE(misses[0].conditions[0].held);
     EXPECT_TRUE(misses[0].conditions[1].held);
 
+    EXPECT_EQ(nullptr, find("{text='Cacnel' type='Button'}"));
+    ASSERT_EQ(3u, inspector()->nearMisses().size());
+    EXPECT_EQ(cancel, Toolkit::unwrapped(inspector()->nearMisses()[0].object)) << "mistyped";
+
     // All conditions hold, but not as often as wanted.
     EXPECT_EQ(nullptr, find("{text='OK' occurrence='3'}"));
     ASSERT_EQ(2u, inspector()->nearMisses().size());

@@ -7,6 +7,9 @@
 #include "objectmodel/primitiveids.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <numeric>
 
 namespace Vantrel {
 
@@ -16,22 +19,62 @@ constexpr std::size_t maximumNearMisses = 10;
 
 SearchScope *innermost = nullptr;
 
-/** A text that somebody may have meant: other case, or a part of the other. */
+/** Longer texts are not compared letter by letter. */
+constexpr int maximumTypoLength = 40;
+constexpr int maximumTypos = 2;
+
+/** Levenshtein's distance: how many letters have to be changed, added or left out. */
+int editDistance(const QString &a, const QString &b)
+{
+    std::array<int, maximumTypoLength + 1> row;
+    std::iota(row.begin(), row.end(), 0);
+    for (int i = 1; i <= a.size(); ++i) {
+        int diagonal = row[0];
+        row[0] = i;
+        for (int k = 1; k <= b.size(); ++k) {
+            const int changed = diagonal + (a.at(i - 1) != b.at(k - 1));
+            diagonal = row[k];
+            row[k] = std::min({changed, row[k] + 1, row[k - 1] + 1});
+        }
+    }
+    return row[b.size()];
+}
+
+bool isTypo(const QString &a, const QString &b)
+{
+    return std::max(a.size(), b.size()) <= maximumTypoLength
+        && std::min(a.size(), b.size()) > maximumTypos
+        && std::abs(a.size() - b.size()) <= maximumTypos && editDistance(a, b) <= maximumTypos;
+}
+
+/** A text that somebody may have meant: mistyped, in other case, or a part of the other. */
 bool isClose(const NearMiss::Condition &condition)
 {
     if (condition.held || condition.actual.isEmpty() || condition.wanted.isEmpty()) {
         return false;
     }
     return condition.actual.contains(condition.wanted, Qt::CaseInsensitive)
-        || condition.wanted.contains(condition.actual, Qt::CaseInsensitive);
+        || condition.wanted.contains(condition.actual, Qt::CaseInsensitive)
+        || isTypo(condition.actual, condition.wanted);
 }
 
-/** Conditions that hold count most, and almost held ones decide between equals. */
+/** What many objects have by chance, such as "true" or "1", tells little. */
+bool isSpecific(const NearMiss::Condition &condition)
+{
+    bool isNumber = false;
+    condition.wanted.toDouble(&isNumber);
+    return condition.held && !isNumber && condition.wanted != QLatin1String("true")
+        && condition.wanted != QLatin1String("false");
+}
+
+/** Conditions that hold count most; between equals, telling ones and then almost held ones. */
 int nearness(const NearMiss &candidate)
 {
     const auto &conditions = candidate.conditions;
+    const int base = int(conditions.size()) + 1;
+    const auto specific = std::count_if(conditions.begin(), conditions.end(), isSpecific);
     const auto close = std::count_if(conditions.begin(), conditions.end(), isClose);
-    return candidate.numHeld * int(conditions.size() + 1) + int(close);
+    return (candidate.numHeld * base + int(specific)) * base + int(close);
 }
 
 QStringList failedProperties(const NearMiss &candidate)
