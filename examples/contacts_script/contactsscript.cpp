@@ -203,6 +203,7 @@ void dump(TestRun &s)
     s.step(QStringLiteral("Dump the tree"));
     const std::unique_ptr<UiElement> tree = dumpTree({});
     s.require(tree != nullptr);
+    s.showTree(*tree);
     s.save(QStringLiteral("tree.xml"), toXml(*tree));
     s.show(QStringLiteral("tree.xml"), QStringLiteral("every object with its name and properties"));
     s.save(QStringLiteral("tree.json"), toJson(*tree));

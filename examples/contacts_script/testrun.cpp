@@ -53,6 +53,22 @@ SharedPtr<Object> invoke(const SharedPtr<Object> &object, const Class *type, con
     return result;
 }
 
+QStringList outlineOf(const UiElement &element, int depth)
+{
+    QString name;
+    for (const auto &property : element.properties()) {
+        if (property.first == QLatin1String("realName")) {
+            name = property.second;
+        }
+    }
+    QStringList lines(QString(2 * depth, QLatin1Char(' ')) + element.type + QLatin1String("  ")
+                      + name);
+    for (const auto &child : element.children()) {
+        lines += outlineOf(*child, depth + 1);
+    }
+    return lines;
+}
+
 } // namespace
 
 TestRun::Step &TestRun::current()
@@ -65,7 +81,7 @@ TestRun::Step &TestRun::current()
 
 void TestRun::step(const QString &title)
 {
-    m_steps.push_back({title, {}, {}});
+    m_steps.push_back({title, {}, {}, {}});
     std::printf("%2d. %s\n", int(m_steps.size()), qUtf8Printable(title));
     std::fflush(stdout);
 }
@@ -162,6 +178,12 @@ void TestRun::show(const QString &fileName, const QString &caption)
     say(QStringLiteral("%1: %2").arg(fileName, caption));
 }
 
+void TestRun::showTree(const UiElement &tree)
+{
+    current().outline = outlineOf(tree, 0);
+    say(QStringLiteral("%1 objects").arg(current().outline.size() - 1));
+}
+
 QString TestRun::html() const
 {
     QString page = QString::fromUtf8(pageHead)
@@ -173,6 +195,11 @@ QString TestRun::html() const
         if (!step.lines.isEmpty()) {
             page += QStringLiteral("<pre>%1</pre>\n")
                         .arg(step.lines.join(QLatin1Char('\n')).toHtmlEscaped());
+        }
+        if (!step.outline.isEmpty()) {
+            page += QStringLiteral("<details open><summary>The objects and their names</summary>"
+                                   "<pre>%1</pre></details>\n")
+                        .arg(step.outline.join(QLatin1Char('\n')).toHtmlEscaped());
         }
         for (const Exhibit &exhibit : step.exhibits) {
             const QString file = exhibit.fileName.toHtmlEscaped();

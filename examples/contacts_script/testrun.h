@@ -10,6 +10,10 @@
 #include <stdexcept>
 #include <vector>
 
+namespace Vantrel {
+class UiElement;
+}
+
 /** What a step needed and did not get; ends the script. */
 struct Failure : std::runtime_error
 {
@@ -52,6 +56,8 @@ public:
     void picture(const QString &fileName, const QString &caption, const QString &window);
     /** Shows a file that was saved on the page. */
     void show(const QString &fileName, const QString &caption);
+    /** Shows the objects of a dump on the page, with their names. */
+    void showTree(const Vantrel::UiElement &tree);
     /** Writes index.html. */
     void finish();
 
@@ -66,6 +72,7 @@ private:
         QString title;
         QStringList lines;
         std::vector<Exhibit> exhibits;
+        QStringList outline;
     };
 
     Step &current();
