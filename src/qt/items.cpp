@@ -141,7 +141,8 @@ Node Item::node()
         return key.section < bar->count() ? Node::tab(bar, key.section) : Node();
     }
     default:
-        if (!isInScene()) {
+        // A graphics object that came to the same address is no item any more.
+        if (!isInScene() || item->toGraphicsObject()) {
             return Node();
         }
         notePlace();
