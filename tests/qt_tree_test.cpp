@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <new>
+#include <type_traits>
+
 using namespace Vantrel;
 using namespace VantrelTest;
 using QtWrapper::handleFor;
@@ -23,6 +27,38 @@ bool set(const SharedPtr<Object> &object, const char *name, const SharedPtr<Obje
 {
     return object->type()->property(QString::fromLatin1(name))->set(object, value);
 }
+
+/** Does something whenever its property is read. */
+class Getter : public QWidget
+{
+    Q_OBJECT
+    Q_PROPERTY(QString text READ text)
+
+public:
+    using QWidget::QWidget;
+    QString text() const
+    {
+        act();
+        return QStringLiteral("getter");
+    }
+    std::function<void()> act;
+};
+
+/** One that has a row more whenever it is asked, and does something when its data is read. */
+class UnsteadyModel : public QAbstractListModel
+{
+public:
+    int rowCount(const QModelIndex &) const override { return ++m_numRows; }
+    QVariant data(const QModelIndex &, int) const override
+    {
+        act();
+        return QVariant();
+    }
+    std::function<void()> act = [] {};
+
+private:
+    mutable int m_numRows = 0;
+};
 
 /** Counts how often more rows are asked for. */
 class LazyModel : public QStandardItemModel
@@ -226,3 +262,56 @@ TEST(QtItems, OfDeletedWidgetsAndScenesAreGone)
         EXPECT_FALSE(gone->isValid());
     }
 }
+
+TEST(QtTree, OutlivesWhatGettersDo)
+{
+    for (const char *name : {"{text='none'}", "{type='Getter' text='none' width='1'}"}) {
+        QWidget window;
+        QPointer<Getter> getter(new Getter(&window));
+        const QPointer<QWidget> sibling(new QWidget(&window));
+        new QWidget(sibling);
+        getter->act = [&] {
+            delete sibling.data();
+            getter->deleteLater();
+            QCoreApplication::sendPostedEvents(getter, QEvent::DeferredDelete);
+        };
+        EXPECT_FALSE(find(QString::fromLatin1(name))) << name;
+        EXPECT_FALSE(sibling || getter) << name;
+    }
+}
+
+TEST(QtTree, OutlivesWhatModelsDo)
+{
+    UnsteadyModel model;
+    QPointer<QListView> view(new QListView);
+    view->setModel(&model);
+    const QString name = QStringLiteral("{type='ModelItem' text='none'}");
+    EXPECT_FALSE(find(name)); // although there are always more
+    model.act = [&] { delete view.data(); };
+    EXPECT_FALSE(find(name));
+    EXPECT_FALSE(view);
+    view = new QListView;
+    view->setModel(&model);
+    const auto children = handleFor(view)->children();
+    EXPECT_EQ(QString(), children[children.size() - 1]->qualifiedName());
+    EXPECT_FALSE(view);
+}
+
+TEST(QtItems, EndWhenTheirPlaceInMemoryIsThatOfAnother)
+{
+    QGraphicsScene scene;
+    QGraphicsView view(&scene);
+    std::aligned_storage_t<sizeof(QGraphicsTextItem)> memory;
+    auto *text = new (&memory) QGraphicsTextItem;
+    auto *base = static_cast<QGraphicsItem *>(text);
+    text->~QGraphicsTextItem();
+    auto *line = new (base) QGraphicsLineItem(0, 0, 1, 1);
+    scene.addItem(line);
+    const auto item = itemOf(&view, QStringLiteral("QGraphicsLineItem"));
+    line->~QGraphicsLineItem();
+    scene.addItem(new (&memory) QGraphicsTextItem);
+    EXPECT_EQ(QStringLiteral("<none>"), property(item, "x"));
+    text->~QGraphicsTextItem();
+}
+
+#include "qt_tree_test.moc"

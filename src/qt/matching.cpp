@@ -99,6 +99,7 @@ struct Matcher::Context
 struct Matcher::Condition
 {
     bool isRelation() const { return kind >= Kind::Window; }
+    bool asksApplication() const { return kind != Kind::Type && kind != Kind::Name; }
 
     PropertyValue wanted;
     QByteArray name;
@@ -254,30 +255,42 @@ bool Matcher::canMatchModelItems() const
 
 bool Matcher::matches(const Node &node)
 {
+    bool isWatched = false;
     for (const int index : m_order) {
-        if (!holds(m_conditions[index], node, nullptr)) {
+        Condition &condition = m_conditions[index];
+        if (!isWatched && condition.asksApplication()) {
+            watch(node);
+            isWatched = true;
+        }
+        if (!holds(condition, node, nullptr) || (isWatched && !m_watched)) {
             return false;
         }
     }
     return true;
 }
 
+/** Getters are code of the application, and may end what they belong to. */
+void Matcher::watch(const Node &node)
+{
+    m_watched = node.object() ? node.object() : node.host();
+}
+
 /** Neighbours are not looked for where nothing else fits, as nobody asks for those. */
 bool Matcher::matches(int index, const Node &node, QString *actual)
 {
     Condition &condition = m_conditions[index];
-    if (condition.kind > Kind::Window && !holdsCheaply(node)) {
-        return false;
-    }
-    return holds(condition, node, actual);
+    watch(node);
+    const bool isAsked = condition.kind <= Kind::Window || holdsCheaply(node);
+    return isAsked && m_watched && holds(condition, node, actual);
 }
 
 bool Matcher::holdsCheaply(const Node &node)
 {
     bool hasCheap = false;
     for (Condition &condition : m_conditions) {
-        if (condition.kind == Kind::Type || condition.kind == Kind::Name
-            || condition.kind == Kind::Text) {
+        const bool isCheap = condition.kind == Kind::Type || condition.kind == Kind::Name
+            || condition.kind == Kind::Text;
+        if (isCheap && m_watched) {
             if (holds(condition, node, nullptr)) {
                 return true;
             }
@@ -338,7 +351,7 @@ bool Matcher::holdsForText(const Condition &condition, const Node &node, QString
     if (matchesText(condition.wanted, labelOf(node), actual)) {
         return true;
     }
-    const QString content = contentOf(node);
+    const QString content = m_watched ? contentOf(node) : QString();
     if (content.isNull()) {
         return false;
     }
@@ -449,15 +462,20 @@ Node findNode(const Node &root, const ObjectName &name)
     Node found;
     const auto offer = [&](const Node &node) {
         int next = 0;
+        bool isThere = true;
         const auto holds = [&](const ObjectMatcher::Condition &, QString *actual) {
             const int index = next++;
             if (actual) {
-                return matcher.matches(index, node, actual);
+                const bool isHeld = isThere && matcher.matches(index, node, actual);
+                isThere = isThere && matcher.isNodeThere();
+                return isHeld && isThere;
             }
             // The first question is answered for all, in the order of their costs.
             return index > 0 || matcher.matches(node);
         };
-        if (node != root && candidates.offer(holds, [&] { return handleOf(node); })) {
+        if (node != root && candidates.offer(holds, [&] {
+                return isThere ? handleOf(node) : SharedPtr<Object>();
+            })) {
             found = node;
         }
         return !found;

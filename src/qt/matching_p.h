@@ -6,6 +6,7 @@
 
 #include "objectmodel/objectname.h"
 
+#include <QPointer>
 #include <QByteArray>
 #include <QHash>
 
@@ -33,6 +34,8 @@ public:
     bool matches(const Node &node);
     /** One condition, by its place in the order of property names. */
     bool matches(int condition, const Node &node, QString *actual);
+    /** Whether the node of the last question outlived it, or what shows the node did. */
+    bool isNodeThere() const { return !m_watched.isNull(); }
     /** False when no item of a model can match. */
     bool canMatchModelItems() const;
 
@@ -60,6 +63,7 @@ private:
     void compile(const ObjectName &name, int depth);
     void compileNested(Condition &condition, int depth);
     static Kind kindOf(const QString &name);
+    void watch(const Node &node);
 
     bool holds(Condition &condition, const Node &node, QString *actual);
     bool holdsForType(Condition &condition, const Node &node, QString *actual);
@@ -76,6 +80,7 @@ private:
     std::vector<int> m_order;
     const std::shared_ptr<Context> m_context;
     QString m_error;
+    QPointer<QObject> m_watched;
 };
 
 } // namespace Vantrel::QtWrapper

@@ -7,6 +7,7 @@
 
 #include <QAbstractItemView>
 #include <QHeaderView>
+#include <QPointer>
 
 #include <algorithm>
 #include <utility>
@@ -81,13 +82,23 @@ Node labelBeside(const Node &node, Relations &relations)
     return isFilledIn ? relations.buddyOf(node) : Node();
 }
 
+/** What tells whether a node is still there after getters, code of the application, have run. */
+QPointer<QObject> watchedOf(const Node &node)
+{
+    return node.object() ? node.object() : node.host();
+}
+
 /** The texts by which a node is found, whether or not they are good to name it. */
 struct Texts
 {
-    Texts(const Node &node, Relations &relations)
-        : name(objectNameOf(node)), label(usableLabel(labelOf(node))),
-          content(usableLabel(contentOf(node)))
+    Texts(const Node &node, Relations &relations) : name(objectNameOf(node))
     {
+        const QPointer<QObject> watched = watchedOf(node);
+        label = usableLabel(labelOf(node));
+        content = watched ? usableLabel(contentOf(node)) : QString();
+        if (!watched) {
+            return;
+        }
         if (const Node buddy = labelBeside(node, relations)) {
             buddyName = objectNameOf(buddy);
             buddyLabel = usableLabel(labelOf(buddy));
@@ -163,7 +174,11 @@ std::vector<Conditions> partCandidatesOf(const Node &node)
 {
     const Conditions type(node);
     std::vector<Conditions> candidates;
+    const QPointer<QObject> watched = watchedOf(node);
     const QString text = usableLabel(labelOf(node));
+    if (!watched) {
+        return {type};
+    }
     if (!text.isEmpty()) {
         candidates = {type.with("text", text), placeIn(node, type.with("text", text))};
     }
@@ -220,6 +235,8 @@ struct NameMaker::Index
     Relations relations;
     /** All but the parts of models; what is hidden comes last. */
     NameIndex objects;
+    /** By place. */
+    std::vector<QPointer<QObject>> watched;
     int numInTree = 0;
     bool hasHidden = false;
     /** By place: names without a nested one; null when not asked for yet. */
@@ -241,8 +258,12 @@ NameMaker::Index::Index()
 void NameMaker::Index::add(const Node &node, int parent)
 {
     const int place = objects.add(node, parent);
-    for (const QString &key : keysOf(node, Texts(node, relations))) {
-        objects.enter(place, key);
+    watched.push_back(watchedOf(node));
+    const Texts texts(node, relations);
+    if (watched.back()) {
+        for (const QString &key : keysOf(node, texts)) {
+            objects.enter(place, key);
+        }
     }
 }
 
@@ -257,10 +278,15 @@ void NameMaker::Index::addHidden()
     }
 }
 
+/** None for what is gone. */
 std::vector<Conditions> NameMaker::Index::candidatesAt(int place)
 {
+    if (!watched[std::size_t(place)]) {
+        return {};
+    }
     const Node &node = objects.node(place);
-    return candidatesOf(node, Texts(node, relations));
+    const Texts texts(node, relations);
+    return watched[std::size_t(place)] ? candidatesOf(node, texts) : std::vector<Conditions>();
 }
 
 QString NameMaker::Index::name(const Node &node)
@@ -268,6 +294,7 @@ QString NameMaker::Index::name(const Node &node)
     if (isOfModel(node)) {
         return partName(node);
     }
+    const QPointer<QObject> isThere = watchedOf(node);
     int place = objects.placeOf(node);
     if (place == -1) {
         addHidden();
@@ -276,9 +303,12 @@ QString NameMaker::Index::name(const Node &node)
     if (place != -1) {
         return objectName(place);
     }
+    if (!isThere) {
+        return QString();
+    }
     // Nothing leads to it, so no search comes to it either.
-    return node ? candidatesOf(node, Texts(node, relations)).front().name("", QString(), 1)
-                : QString();
+    const Texts texts(node, relations);
+    return isThere ? candidatesOf(node, texts).front().name("", QString(), 1) : QString();
 }
 
 QString NameMaker::Index::objectName(int place)
@@ -288,6 +318,9 @@ QString NameMaker::Index::objectName(int place)
         return unique;
     }
     const auto candidates = candidatesAt(place);
+    if (candidates.empty()) {
+        return QString();
+    }
     const QString contained = nameInContainer(place, candidates);
     if (!contained.isEmpty()) {
         return contained;
@@ -345,9 +378,10 @@ NameMaker::Index::Parts &NameMaker::Index::partsOf(const Node &scope)
     ownedParts.push_back(std::make_unique<Parts>());
     known = ownedParts.back().get();
     Parts &added = *known;
+    const QPointer<QObject> isThere = watchedOf(scope);
     added.scopeName = name(scope);
-    added.isTooLarge = isTooLarge(scope);
-    if (!added.isTooLarge) {
+    added.isTooLarge = isThere && isTooLarge(scope);
+    if (isThere && !added.isTooLarge) {
         visitNodes(scope, [&added](const Node &node) {
             if (isOfModel(node)) {
                 const int place = added.index.add(node, -1);
@@ -363,11 +397,18 @@ NameMaker::Index::Parts &NameMaker::Index::partsOf(const Node &scope)
 
 QString NameMaker::Index::partName(const Node &part)
 {
+    const QPointer<QObject> view = watchedOf(part);
     const Parts &found = partsOf(scopeOf(part));
+    if (!view) {
+        return QString();
+    }
     if (found.isTooLarge) {
         return nameInLargeView(part, found.scopeName);
     }
     const auto candidates = partCandidatesOf(part);
+    if (!view) {
+        return QString();
+    }
     for (const Conditions &candidate : candidates) {
         if (found.index.count(candidate.key(), 0, found.index.size()) == 1) {
             return candidate.name("container", found.scopeName, 1);

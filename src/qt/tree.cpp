@@ -153,10 +153,23 @@ Node parentOfObject(QObject *object)
     return traits.is(Traits::Window) ? parentOfWindow(static_cast<QWindow *>(object)) : Node();
 }
 
+/** Of an item below the root of the view; at most a little more than the maximum. */
+int depthOf(const QAbstractItemView *view, QModelIndex index)
+{
+    int depth = 0;
+    const QModelIndex root = view->rootIndex();
+    while (index.isValid() && index != root && depth <= maximumDepth) {
+        index = index.parent();
+        ++depth;
+    }
+    return depth;
+}
+
 Node parentOfModelItem(QAbstractItemView *view, const QModelIndex &index)
 {
     const QModelIndex parent = index.parent();
-    if (!parent.isValid() || parent == view->rootIndex()) {
+    // A model may lead its parents around in a circle.
+    if (!parent.isValid() || parent == view->rootIndex() || depthOf(view, parent) > maximumDepth) {
         return Node(view);
     }
     return Node::modelItem(view, parent.sibling(parent.row(), 0));
@@ -180,6 +193,26 @@ QObjectList childrenOfStack(const QStackedWidget *stack)
     return children;
 }
 
+/** Which of the children that an object has now are still there later. */
+class LivingChildren
+{
+public:
+    explicit LivingChildren(const QObject *parent)
+        : m_parent(const_cast<QObject *>(parent)), m_children(parent->children())
+    {}
+    bool contains(QObject *child) const
+    {
+        // Whoever takes one away no longer shares the list with this.
+        return m_parent && child
+            && (m_parent->children().isSharedWith(m_children)
+                || m_parent->children().contains(child));
+    }
+
+private:
+    const QPointer<QObject> m_parent;
+    const QObjectList m_children;
+};
+
 template <class F>
 bool eachChildWidget(const QWidget *parent, Traits parentTraits, const QWidget *owner, F &visit)
 {
@@ -187,8 +220,9 @@ bool eachChildWidget(const QWidget *parent, Traits parentTraits, const QWidget *
         ? childrenOfStack(static_cast<const QStackedWidget *>(parent))
         : parent->children();
     const bool isPlumbed = parentTraits.is(Traits::PlumbedContainer);
+    const LivingChildren living(parent);
     for (QObject *child : children) {
-        if (!child->isWidgetType()) {
+        if (!living.contains(child) || !child->isWidgetType()) {
             continue;
         }
         auto *widget = static_cast<QWidget *>(child);
@@ -213,9 +247,11 @@ bool eachChildWidget(const QWidget *parent, Traits parentTraits, const QWidget *
 template <class F>
 bool eachAction(const QWidget *menu, F &visit)
 {
+    const QPointer<const QWidget> alive(menu);
     const auto actions = menu->actions();
     for (QAction *action : actions) {
-        if (homeOf(action) == menu && !visit(Node(action))) {
+        const bool isThere = alive && alive->actions().contains(action);
+        if (isThere && homeOf(action) == menu && !visit(Node(action))) {
             return false;
         }
     }
@@ -225,15 +261,20 @@ bool eachAction(const QWidget *menu, F &visit)
 template <class F>
 bool eachItem(QAbstractItemView *view, const QPersistentModelIndex &parent, F &visit)
 {
+    const QPointer<QAbstractItemView> alive(view);
     const QPointer<QAbstractItemModel> model = view->model();
+    const auto isThere = [&] { return alive && model && alive->model() == model; };
     const auto *list = qobject_cast<QListView *>(view);
     const bool hadParent = parent.isValid();
-    for (int row = 0; model && hadParent == parent.isValid() && row < model->rowCount(parent);
+    // Rows that are added meanwhile might never come to an end.
+    const int numRows = model ? model->rowCount(parent) : 0;
+    for (int row = 0; row < numRows && isThere() && hadParent == parent.isValid()
+         && row < model->rowCount(parent);
          ++row) {
         const int begin = list ? list->modelColumn() : 0;
         const int end =
             list ? std::min(begin + 1, model->columnCount(parent)) : model->columnCount(parent);
-        for (int column = begin; model && column < end; ++column) {
+        for (int column = begin; column < end && isThere(); ++column) {
             const QModelIndex index = model->index(row, column, parent);
             if (index.isValid() && !visit(Node::modelItem(view, index))) {
                 return false;
@@ -243,27 +284,19 @@ bool eachItem(QAbstractItemView *view, const QPersistentModelIndex &parent, F &v
     return true;
 }
 
-int depthOf(const QAbstractItemView *view, QModelIndex index)
+bool hasItemsBelow(const Node &item)
 {
-    int depth = 0;
-    const QModelIndex root = view->rootIndex();
-    while (index.isValid() && index != root && depth <= maximumDepth) {
-        index = index.parent();
-        ++depth;
-    }
-    return depth;
+    const auto *view = static_cast<QAbstractItemView *>(item.host());
+    return item.index().column() == 0 && showsTree(view)
+        && view->model()->rowCount(item.index()) > 0;
 }
 
 template <class F>
 bool eachItemBelow(const Node &item, F &visit)
 {
     auto *view = static_cast<QAbstractItemView *>(item.host());
-    if (item.index().column() != 0 || !showsTree(view)
-        || depthOf(view, item.index()) >= maximumDepth) {
-        return true;
-    }
-    // Most items have none, and keeping track of an index costs more than asking.
-    return view->model()->rowCount(item.index()) == 0 || eachItem(view, item.index(), visit);
+    return !hasItemsBelow(item) || depthOf(view, item.index()) >= maximumDepth
+        || eachItem(view, item.index(), visit);
 }
 
 template <class F>
@@ -307,7 +340,8 @@ bool eachPartOf(QWidget *widget, Traits traits, F &visit)
     }
     auto *header = traits.is(Traits::HeaderView) ? static_cast<QHeaderView *>(widget) : nullptr;
     auto *bar = header ? nullptr : static_cast<QTabBar *>(widget);
-    for (int i = 0; i < (header ? header->count() : bar->count()); ++i) {
+    const QPointer<QWidget> alive(widget);
+    for (int i = 0; alive && i < (header ? header->count() : bar->count()); ++i) {
         if (!visit(header ? Node::headerSection(header, i) : Node::tab(bar, i))) {
             return false;
         }
@@ -319,9 +353,10 @@ bool eachPartOf(QWidget *widget, Traits traits, F &visit)
 template <class F>
 bool eachChildWindow(const QWindow *parent, F &visit)
 {
+    const LivingChildren living(parent);
     const QObjectList children = parent->children();
     for (QObject *child : children) {
-        if (!child->isWindowType()) {
+        if (!living.contains(child) || !child->isWindowType()) {
             continue;
         }
         const bool goesOn = traitsOf(child).is(Traits::WidgetWindow)
@@ -338,15 +373,16 @@ template <class F>
 bool eachChildOfWidget(QWidget *widget, ModelItems modelItems, F &visit)
 {
     const Traits traits = traitsOf(widget);
+    const QPointer<QWidget> alive(widget);
     if (!widget->children().isEmpty() && !eachChildWidget(widget, traits, widget, visit)) {
         return false;
     }
     const bool isLeftOut =
         modelItems == ModelItems::LeftOut && traits.is(Traits::ItemView | Traits::HeaderView);
-    if (traits.is(Traits::HasParts) && !isLeftOut && !eachPartOf(widget, traits, visit)) {
+    if (alive && traits.is(Traits::HasParts) && !isLeftOut && !eachPartOf(widget, traits, visit)) {
         return false;
     }
-    const QWindow *window = widget->isWindow() ? widget->windowHandle() : nullptr;
+    const QWindow *window = alive && alive->isWindow() ? alive->windowHandle() : nullptr;
     return !window || eachChildWindow(window, visit);
 }
 
@@ -357,6 +393,7 @@ bool eachChildOfGraphicsObject(QGraphicsObject *object, Traits traits, F &visit)
     if (!home) {
         return true;
     }
+    const QPointer<QGraphicsObject> alive(object);
     QWidget *embedded = traits.is(Traits::ProxyWidget)
         ? static_cast<QGraphicsProxyWidget *>(static_cast<QObject *>(object))->widget()
         : nullptr;
@@ -364,7 +401,8 @@ bool eachChildOfGraphicsObject(QGraphicsObject *object, Traits traits, F &visit)
         && !visit(Node(embedded))) {
         return false;
     }
-    return eachChildItem(home, object, visit);
+    home = alive ? homeOf(object) : nullptr;
+    return !home || eachChildItem(home, object, visit);
 }
 
 template <class F>
@@ -401,16 +439,61 @@ bool eachChild(const Node &parent, ModelItems modelItems, F &visit)
     }
 }
 
+/** Most nodes have nothing below them, and keeping track of one costs more than asking. */
+bool isLeaf(const Node &node)
+{
+    switch (node.kind()) {
+    case Node::Kind::Object: {
+        const QWidget *widget = node.widget();
+        return widget && widget->children().isEmpty() && !widget->isWindow()
+            && !traitsOf(widget).is(Traits::HasParts);
+    }
+    case Node::Kind::ModelItem:
+        return !hasItemsBelow(node);
+    case Node::Kind::GraphicsItem:
+        return node.graphicsItem()->childItems().isEmpty();
+    default:
+        return true;
+    }
+}
+
+/** Tells whether a node is still there after code of the application has run. */
+class NodeWatch
+{
+public:
+    explicit NodeWatch(const Node &node)
+        : m_node(node), m_object(node.object() ? node.object() : node.host()), m_index(node.index())
+    {}
+    /** Null when it is gone. */
+    Node node() const
+    {
+        if (!m_object || m_node.kind() != Node::Kind::ModelItem) {
+            return m_object ? m_node : Node();
+        }
+        auto *view = static_cast<QAbstractItemView *>(m_node.host());
+        return m_index.model() == view->model() ? Node::modelItem(view, m_index) : Node();
+    }
+
+private:
+    const Node m_node;
+    const QPointer<QObject> m_object;
+    const QPersistentModelIndex m_index;
+};
+
 template <class F>
 bool visitBelow(const Node &node, ModelItems modelItems, F &visit)
 {
+    if (isLeaf(node)) {
+        return visit(node);
+    }
+    const NodeWatch watch(node);
     if (!visit(node)) {
         return false;
     }
     const auto visitChild = [&visit, modelItems](const Node &child) {
         return visitBelow(child, modelItems, visit);
     };
-    return eachChild(node, modelItems, visitChild);
+    return eachChild(watch.node(), modelItems, visitChild);
 }
 
 // The top level.
@@ -508,10 +591,14 @@ bool visitAll(const Node &root, ModelItems modelItems, F &visit)
     if (root) {
         return visitBelow(root, modelItems, visit);
     }
-    const auto nodes = topLevelNodes();
-    return std::all_of(nodes.begin(), nodes.end(), [&visit, modelItems](const Node &node) {
-        return visitBelow(node, modelItems, visit);
-    });
+    std::vector<QPointer<QObject>> objects;
+    for (const Node &node : topLevelNodes()) {
+        objects.emplace_back(node.object());
+    }
+    return std::all_of(objects.begin(), objects.end(),
+                       [&visit, modelItems](const QPointer<QObject> &object) {
+                           return !object || visitBelow(Node(object), modelItems, visit);
+                       });
 }
 
 /** What is outside of the tree, found from the objects in it. */
@@ -529,25 +616,34 @@ public:
             return true;
         };
         visitAll(Node(), ModelItems::LeftOut, note);
-        QObjectList owners;
+        Objects owners;
         const auto collect = [&owners](const Node &node) {
             if (node.object()) {
-                owners << node.object();
+                owners.emplace_back(node.object());
             }
             return true;
         };
         visitAll(m_root, ModelItems::LeftOut, collect);
         return std::all_of(owners.begin(), owners.end(),
-                           [this](QObject *owner) { return visitOwnedBy(owner); })
+                           [this](const auto &owner) { return visitOwnedBy(owner); })
             && (m_root || visitWindows());
     }
 
 private:
-    bool visitOwnedBy(QObject *owner)
+    /** A visit may end them. */
+    using Objects = std::vector<QPointer<QObject>>;
+
+    static Objects watched(const QObjectList &objects)
     {
-        const QObjectList owned = ownedBy(owner);
-        return std::all_of(owned.begin(), owned.end(), [this](QObject *object) {
-            if (m_seen.contains(object) || object->thread() != QThread::currentThread()) {
+        return Objects(objects.begin(), objects.end());
+    }
+
+    bool visitOwnedBy(const QPointer<QObject> &owner)
+    {
+        const Objects owned = owner ? watched(ownedBy(owner)) : Objects();
+        return std::all_of(owned.begin(), owned.end(), [this](const auto &object) {
+            if (!object || m_seen.contains(object)
+                || object->thread() != QThread::currentThread()) {
                 return true;
             }
             m_seen.insert(object);
@@ -565,8 +661,9 @@ private:
         for (QWindow *window : QGuiApplication::topLevelWindows()) {
             windows << window;
         }
-        return std::all_of(windows.begin(), windows.end(), [this](QObject *window) {
-            if (m_seen.contains(window)) {
+        const Objects all = watched(windows);
+        return std::all_of(all.begin(), all.end(), [this](const auto &window) {
+            if (!window || m_seen.contains(window)) {
                 return true;
             }
             m_seen.insert(window);
