@@ -1,12 +1,11 @@
 #include "qt/actions.h"
 
+#include "qt/files_p.h"
 #include "qt/grab_p.h"
 #include "qt/handles_p.h"
 #include "qt/readiness_p.h"
 
 #include "objectmodel/object.h"
-
-#include <QSaveFile>
 
 namespace Vantrel::QtWrapper {
 
@@ -32,10 +31,10 @@ bool saveScreenshot(const SharedPtr<Object> &object, const QString &fileName, bo
     if (png.isEmpty()) {
         return false;
     }
-    QSaveFile file(fileName);
-    return (file.open(QIODevice::WriteOnly) && file.write(png) == png.size() && file.commit())
+    const QString error = writeFile(fileName, png);
+    return error.isEmpty()
         || failWith(QStringLiteral("screenshot"),
-                    QStringLiteral("cannot write '%1': %2").arg(fileName, file.errorString()));
+                    QStringLiteral("cannot write '%1': %2").arg(fileName, error));
 }
 
 } // namespace Vantrel::QtWrapper

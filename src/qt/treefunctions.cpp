@@ -1,12 +1,11 @@
 #include "qt/delegates_p.h"
 
+#include "qt/files_p.h"
 #include "qt/treedump.h"
 
 #include "objectmodel/globalfunctions.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/wrap.h"
-
-#include <QSaveFile>
 
 namespace Vantrel::QtWrapper {
 
@@ -47,12 +46,9 @@ SharedPtr<Object> save(const QByteArray &contents, const QString &fileName)
     if (contents.isEmpty()) {
         return nullptr;
     }
-    QSaveFile file(fileName);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()
-        || !file.commit()) {
-        return fail(QStringLiteral("Can't write \"%1\": %2").arg(fileName, file.errorString()));
-    }
-    return Inspector::self()->voidObject();
+    const QString error = writeFile(fileName, contents);
+    return error.isEmpty() ? Inspector::self()->voidObject()
+                           : fail(QStringLiteral("Can't write \"%1\": %2").arg(fileName, error));
 }
 
 SharedPtr<Object> saveTree(const SharedPtr<Object> &root, const QString &fileName, int depth)
