@@ -44,8 +44,13 @@
 #include <QTouchEvent>
 #include <QVBoxLayout>
 
+#include <climits>
 #include <functional>
 #include <memory>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Vantrel;
 using namespace Vantrel::QtWrapper;
@@ -270,6 +275,10 @@ TEST_F(Actions, RefusesWhatNobodyCouldDo)
             {"the object was destroyed", [&] { return mouseClick({}); }},
             {"the object takes no focus", [&] { return type(handle, QStringLiteral("x")); }},
             {"takes no touch", [&] { return replayTouch(handle, QStringLiteral("<x/>")); }},
+            {"is longer than 100000 pixels",
+             [&] { return mouseDrag(handle, {}, QPoint(INT_MIN, 0)); }},
+            {"are more than 10000 steps", [&] { return mouseWheel(handle, 0, INT_MIN); }},
+            {"are more than 10000 steps", [&] { return mouseWheel(handle, INT_MAX, 0); }},
             {"there is no such object", [&] { return activate({}); }},
             {"there is no such object", [&] { return !screenshot({}).isEmpty(); }},
         };
@@ -571,6 +580,32 @@ TEST_F(Actions, TakesPicturesOfObjectsAndWindows)
         const QString error =
             errorOf([&] { return saveScreenshot(handleFor(pad), "/no/such/directory/x.png"); });
         EXPECT_TRUE(contains(error, "cannot write '/no/such/directory/x.png'"));
+    });
+}
+
+TEST_F(Actions, WriteToAPipeAndDoNotReplaceIt)
+{
+    QTemporaryDir directory;
+    const QString pipe = directory.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(0, mkfifo(qPrintable(pipe), 0600));
+    const int reader = open(qPrintable(pipe), O_RDONLY | O_NONBLOCK);
+    script([&] { EXPECT_TRUE(saveScreenshot(handleFor(&m_window), pipe)); });
+    EXPECT_FALSE(QFileInfo(pipe).isFile());
+    char signature[4] = {};
+    EXPECT_EQ(4, read(reader, signature, 4));
+    EXPECT_EQ(QByteArray("\x89PNG"), QByteArray(signature, 4));
+    close(reader);
+}
+
+TEST_F(Actions, RefusesMenusThatContainEachOther)
+{
+    QMenu first(QStringLiteral("First"));
+    QMenu second(QStringLiteral("Second"));
+    first.addMenu(&second);
+    second.addMenu(&first);
+    script([&] {
+        const QString error = errorOf([&] { return activate(handleFor(&first)); });
+        EXPECT_TRUE(contains(error, "which is below itself")) << qPrintable(error);
     });
 }
 

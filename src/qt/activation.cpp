@@ -87,13 +87,16 @@ QPoint menuPosition(const QWidget *button)
         : nowhere;
 }
 
-bool openMenu(const QPointer<QMenu> &menu);
+/** Menus that are opened on the way to one, which may have been added to each other in a circle. */
+constexpr int maxNestedMenus = 64;
+
+bool openMenu(const QPointer<QMenu> &menu, int depth = 0);
 
 /** Opens the menu that a menu item is in. */
-bool showAction(QAction *action)
+bool showAction(QAction *action, int depth = 0)
 {
     auto *menu = qobject_cast<QMenu *>(Node(action).host());
-    return !menu || openMenu(menu);
+    return !menu || openMenu(menu, depth);
 }
 
 /** Refused at once, because menus ask for the state of their items when they open. */
@@ -104,14 +107,19 @@ bool isActionEnabled(const QAction *action)
                     QStringLiteral("the menu item '%1' is not enabled").arg(action->text()));
 }
 
-bool openMenu(const QPointer<QMenu> &menu)
+bool openMenu(const QPointer<QMenu> &menu, int depth)
 {
     if (menu->isVisible()) {
         return true;
     }
+    if (depth == maxNestedMenus) {
+        return failWith(operationName(),
+                        QStringLiteral("nothing opens the menu '%1', which is below itself")
+                            .arg(menu->title()));
+    }
     const QPointer<QAction> action(menu->menuAction());
     if (Node(action).host()) {
-        return showAction(action) && action && isActionEnabled(action)
+        return showAction(action, depth + 1) && action && isActionEnabled(action)
             && openByPress(handleOf(action.data()), nowhere, menu.data());
     }
     QWidget *const button = buttonOf(menu);

@@ -26,6 +26,14 @@ constexpr int notch = 120;
 /** Moves of a drag are this many pixels long, unless that would be too many moves. */
 constexpr int dragStep = 8;
 constexpr int maxDragSteps = 60;
+/** Pixels and notches; nobody moves the mouse or turns the wheel by more at a time. */
+constexpr int maxDistance = 100000;
+constexpr int maxNotches = 10000;
+
+bool isWithin(int number, int limit)
+{
+    return number >= -limit && number <= limit;
+}
 
 /** The button of a number; nothing, with the last error set, when it is none. */
 bool setButton(const QString &operation, int button, int modifiers, MouseInput *input)
@@ -180,6 +188,12 @@ bool mouseDrag(const SharedPtr<Object> &object, const QPoint &from, const QPoint
                int button, int modifiers)
 {
     const QString operation = QStringLiteral("mouseDrag");
+    if (!isWithin(distance.x(), maxDistance) || !isWithin(distance.y(), maxDistance)) {
+        return failWith(operation,
+                        QStringLiteral("the distance (%1, %2) is longer than %3 pixels")
+                            .arg(QString::number(distance.x()), QString::number(distance.y()),
+                                 QString::number(maxDistance)));
+    }
     const auto input = approach(operation, object, from, button, modifiers);
     return input && DragPath(operation, *input).run(input->position + distance);
 }
@@ -204,6 +218,12 @@ bool mouseWheel(const SharedPtr<Object> &object, int horizontalSteps, int vertic
                 int modifiers)
 {
     const QString operation = QStringLiteral("mouseWheel");
+    if (!isWithin(horizontalSteps, maxNotches) || !isWithin(verticalSteps, maxNotches)) {
+        return failWith(operation,
+                        QStringLiteral("(%1, %2) are more than %3 steps")
+                            .arg(QString::number(horizontalSteps), QString::number(verticalSteps),
+                                 QString::number(maxNotches)));
+    }
     const auto input = approach(operation, object, nowhere, Qt::LeftButton, modifiers);
     if (!input) {
         return false;
