@@ -17,6 +17,7 @@
 #include <QPushButton>
 #include <QRasterWindow>
 
+#include <climits>
 #include <functional>
 
 using namespace Vantrel;
@@ -171,6 +172,11 @@ TEST(QtWindows, SayWhyTheyRefuse)
          _vantrel_window_resizeto,
          {600, 200},
          "its maximum size is"},
+        {"far beyond all screens",
+         "{name='winLimited'}",
+         _vantrel_window_moveto,
+         {INT_MAX, INT_MIN},
+         "the numbers are out of range, which is 16777215."},
         {"maximized",
          "{name='winMaximized'}",
          _vantrel_window_moveto,

@@ -299,6 +299,18 @@ Result activate(const QString &verb, Target target)
     return refused(verb, target, QStringLiteral("the window system did not give it the focus"));
 }
 
+/** Beyond this the arithmetic of rectangles overflows; it is the largest size of a widget, too. */
+bool isInRange(int first, int second)
+{
+    const auto isOne = [](int n) { return n >= -QWIDGETSIZE_MAX && n <= QWIDGETSIZE_MAX; };
+    return isOne(first) && isOne(second);
+}
+
+QString rangeText()
+{
+    return QStringLiteral("the numbers are out of range, which is %1").arg(QWIDGETSIZE_MAX);
+}
+
 class Windows : public WindowInteractionDelegate
 {
 public:
@@ -333,6 +345,9 @@ public:
         const QString verb = QStringLiteral("move");
         Target target = targetOf(window);
         QString reason = whyNotPlaced(target);
+        if (reason.isEmpty() && !isInRange(x, y)) {
+            reason = rangeText();
+        }
         if (reason.isEmpty() && isPlatform({"wayland"})) {
             reason = platformCannot("does not let applications place their windows");
         }
@@ -350,6 +365,9 @@ public:
         Target target = targetOf(window);
         QString reason = whyNotPlaced(target);
         QSize size;
+        if (reason.isEmpty() && !isInRange(width, height)) {
+            reason = rangeText();
+        }
         if (reason.isEmpty()) {
             size = QSize(width, height) - target.frameMargins();
             reason = whyNotOfSize(target, size);
