@@ -233,6 +233,14 @@ TEST(Launcher, TellsHowAnApplicationSpoiledThePlan)
     }
 }
 
+TEST(Launcher, LeavesCopiesOfTheApplicationAlone)
+{
+    const Outcome outcome = run(withBehaviour({"find", "{name='press'}"}, "forks"));
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_TRUE(outcome.err.contains("copy ended with 0")) << qPrintable(outcome.err);
+    EXPECT_FALSE(outcome.err.contains("vantrel:")) << qPrintable(outcome.err);
+}
+
 TEST(Launcher, TellsWhatWasWaitedForWhenTheTimeIsOver)
 {
     const struct

@@ -32,13 +32,21 @@ constexpr int scriptEndLimit = 2000;
 
 constexpr int maximumMatches = 1000;
 
+/** The process that has the plan. What it forks inherits all this but must leave it alone. */
+pid_t owner = 0;
+
+bool isForked()
+{
+    return getpid() != owner;
+}
+
 /** What the process has to end with, whatever the application returns; 0 leaves it alone. */
 int enforcedCode = 0;
 
 /** Registered late and so called early: what the process registered before is skipped. */
 void leaveWithCode()
 {
-    if (enforcedCode != 0) {
+    if (enforcedCode != 0 && !isForked()) {
         std::fflush(nullptr);
         _exit(enforcedCode);
     }
@@ -170,6 +178,7 @@ PlanRunner::PlanRunner(const Plan &plan, const QString &error, QObject *parent)
     if (!m_isTaken) {
         return;
     }
+    owner = getpid();
     unfinished = this;
     std::atexit([] {
         if (unfinished) {
@@ -429,7 +438,7 @@ void PlanRunner::endApplication()
 
 void PlanRunner::applicationEnds()
 {
-    if (m_isTaken && !m_isOver) {
+    if (m_isTaken && !m_isOver && !isForked()) {
         conclude({ExitCode::planFailed,
                   QStringLiteral("the application ended before the plan was done; it was waited "
                                  "for %1")

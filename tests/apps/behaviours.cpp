@@ -14,6 +14,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -85,6 +86,19 @@ int neverRest()
     return QApplication::exec();
 }
 
+/** A copy of the process ends the usual way, long before the plan is done. */
+int forkAndEnd()
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        std::exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    std::fprintf(stderr, "copy ended with %d\n", status);
+    return showAndRun();
+}
+
 int runWithoutWindow()
 {
     QApplication::setQuitOnLastWindowClosed(false);
@@ -99,6 +113,7 @@ const std::map<std::string, int (*)()> behaviours = {
     {"windowless", runWithoutWindow},
     {"dialog", showDialogFirst},
     {"splash", showSplashFirst},
+    {"forks", forkAndEnd},
     {"hangs", hang},
     {"never-rests", neverRest},
     {"environment", printEnvironmentOfChild},
