@@ -293,6 +293,12 @@ Pause spin(int milliseconds)
 
 Pause serveEvents(int milliseconds)
 {
+    if (!QCoreApplication::instance()) {
+        // Nothing would ever end a loop.
+        Pause pause;
+        pause.isQuitting = true;
+        return pause;
+    }
     return Runner::self()->canSuspend()
         ? suspended([milliseconds] { Runner::self()->suspend(milliseconds); })
         : spin(milliseconds);
