@@ -14,6 +14,7 @@
 
 #include <QHeaderView>
 #include <QMetaProperty>
+#include <QThread>
 
 #include <algorithm>
 #include <array>
@@ -392,7 +393,10 @@ bool Matcher::holdsForValue(Condition &condition, const QVariant &value,
         return matchesBool(condition.wanted, value.toBool(), actual);
     }
     if (condition.nested || condition.isOneObject) {
-        return holdsForRelated(condition, Node(value.value<QObject *>()), actual);
+        auto *related = value.value<QObject *>();
+        // That of another thread may change or end meanwhile.
+        const bool isOurs = related && related->thread() == QThread::currentThread();
+        return isOurs && holdsForRelated(condition, Node(related), actual);
     }
     const QMetaEnum enumerator = property.enumerator();
     if (enumerator.isValid() && condition.wanted.matches(QString::number(value.toInt()))) {
