@@ -248,7 +248,7 @@ TEST(Launcher, TellsWhatWasWaitedForWhenTheTimeIsOver)
         const char *behaviour;
         const char *error;
     } rows[] = {
-        {"windowless", "it was waited for a visible top-level window"},
+        {"windowless", "vantrel was waiting for a visible top-level window"},
         {"never-rests", "events such as MetaCall to a QLabel keep coming"},
     };
     for (const auto &row : rows) {

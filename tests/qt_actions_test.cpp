@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCompleter>
 #include <QDialog>
 #include <QDrag>
 #include <QDropEvent>
@@ -272,7 +273,9 @@ TEST_F(Actions, RefusesWhatNobodyCouldDo)
             {"1 is no combination of keyboard modifiers",
              [&] { return mouseClick(handle, nowhere, 1, 1); }},
             {"not on the screen for ", [&] { return mouseClick(handleFor(qApp)); }},
-            {"the object was destroyed", [&] { return mouseClick({}); }},
+            {"there is no such object", [&] { return mouseClick({}); }},
+            {"Object '{text='absent'}' not found",
+             [&] { return mouseClick(Inspector::self()->findObject("{text='absent'}")); }},
             {"the object takes no focus", [&] { return type(handle, QStringLiteral("x")); }},
             {"takes no touch", [&] { return replayTouch(handle, QStringLiteral("<x/>")); }},
             {"is longer than 100000 pixels",
@@ -403,6 +406,29 @@ TEST_F(Actions, TypesAsAPersonWould)
         EXPECT_EQ(QStringLiteral("type: unknown key 'Ctrl+Foo' at position 3"), error);
         EXPECT_TRUE(contains(errorOf([&] { return type(handleFor(line), "a<b"); }), "has no '>'"));
         EXPECT_EQ(QStringLiteral("Q"), line->text());
+    });
+}
+
+TEST_F(Actions, KeysDoNotGoToAPopupThatIsClosed)
+{
+    auto *edit = add<QLineEdit>();
+    edit->setCompleter(new QCompleter({QStringLiteral("sqrt"), QStringLiteral("sum")}, edit));
+    edit->completer()->setCompletionMode(QCompleter::PopupCompletion);
+    int returns = 0;
+    QObject::connect(edit, &QLineEdit::returnPressed, [&] { ++returns; });
+    script([&] {
+        EXPECT_TRUE(type(handleFor(edit), QStringLiteral("sqrt(16)<Return>")));
+        EXPECT_EQ(1, returns);
+        EXPECT_EQ(QStringLiteral("sqrt(16)"), edit->text());
+    });
+}
+
+TEST_F(Actions, WheelGoesOnToWidgetsFurtherOut)
+{
+    auto *box = add<QSpinBox>();
+    script([&] {
+        EXPECT_TRUE(mouseWheel(handleFor(box), 0, 3)); // its line edit is under the mouse
+        EXPECT_EQ(3, box->value());
     });
 }
 

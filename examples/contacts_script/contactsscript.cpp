@@ -78,6 +78,8 @@ void addContact(TestRun &s)
               QStringLiteral(":New contact"));
     click(s, QStringLiteral(":New contact.OK"));
     s.waitForText(QStringLiteral(":Contacts.Count"), "text", QStringLiteral("13 of 13 contacts"));
+    s.object(QStringLiteral("{text='Alan Turing was added' type='QStatusBar'}"));
+    s.say(QStringLiteral("the status bar tells it"));
 }
 
 void editContact(TestRun &s)

@@ -72,7 +72,7 @@ QString failureText(const LaunchResult &result)
     if (result.status.hasResult && result.status.result != 0) {
         return result.status.resultText;
     }
-    return QStringLiteral("%1; it was waited for %2")
+    return QStringLiteral("%1; vantrel was waiting for %2")
         .arg(endText(result), result.status.waitingFor);
 }
 

@@ -138,7 +138,7 @@ int conclude(const LaunchResult &result, const CommandLine &line)
         return wasEnded ? codeOfEnd(result) : ExitCode::notOpened;
     }
     if (!status.hasResult) {
-        reportError(QStringLiteral("%1 before the plan was done; it was waited for %2")
+        reportError(QStringLiteral("%1 before the plan was done; vantrel was waiting for %2")
                         .arg(endText(result, line), status.waitingFor));
         return result.end == End::Exited ? ExitCode::planFailed : codeOfEnd(result);
     }

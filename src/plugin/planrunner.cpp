@@ -87,7 +87,7 @@ QString notFoundText()
     return text;
 }
 
-/** For the sentence "it was waited for ...". */
+/** For the sentence "vantrel was waiting for ...". */
 QString nameOf(const Plan::Step &step)
 {
     switch (step.action) {
@@ -245,7 +245,7 @@ void PlanRunner::begin()
     });
     connect(&m_readiness, &Readiness::timedOut, this, [this] {
         finish({ExitCode::timeout,
-                QStringLiteral("the application was not ready after %1 s; it was waited for %2")
+                QStringLiteral("the application was not ready after %1 s; vantrel was waiting for %2")
                     .arg(QString::number(m_plan.timeout / 1000.0), m_doing)});
     });
     if (m_invalid.code != 0) {
@@ -440,7 +440,7 @@ void PlanRunner::applicationEnds()
 {
     if (m_isTaken && !m_isOver && !isForked()) {
         conclude({ExitCode::planFailed,
-                  QStringLiteral("the application ended before the plan was done; it was waited "
+                  QStringLiteral("the application ended before the plan was done; vantrel was waiting "
                                  "for %1")
                       .arg(m_doing)});
     }

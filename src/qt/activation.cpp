@@ -207,7 +207,7 @@ bool activate(const SharedPtr<Object> &object)
 {
     const Node node = nodeOf(object);
     if (!node) {
-        return failWith(operationName(), QStringLiteral("there is no such object"));
+        return failWith(operationName(), absence());
     }
     if (auto *action = qobject_cast<QAction *>(node.object())) {
         return activateAction(object, action);

@@ -80,6 +80,10 @@ private:
 
 bool Aim::look()
 {
+    if (!m_object) {
+        m_reason = absence();
+        return false;
+    }
     const Node node = nodeOf(m_object);
     if (!node) {
         return m_readiness.look(m_object);

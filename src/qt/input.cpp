@@ -1,10 +1,11 @@
 #include "qt/input_p.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QStyleHints>
 #include <QTouchDevice>
 #include <QWheelEvent>
+#include <QWidget>
 
 // How window systems hand their events to Qt, as far as it is public.
 #include <QtTest/qtestkeyboard.h>
@@ -67,7 +68,8 @@ void turn(const MouseInput &input, const QPoint &angle)
                           Qt::NoButton, input.modifiers, Qt::NoScrollPhase, false);
         event.setTimestamp(ulong(mouseClock.now()));
         QSpontaneKeyEvent::setSpontaneous(&event);
-        QCoreApplication::sendEvent(window, &event);
+        // Sent in the usual way it would lose the mark, and not go on to widgets further out.
+        QCoreApplication::instance()->notify(window, &event);
     }
 }
 
@@ -79,6 +81,19 @@ QTouchDevice *touchScreen()
 }
 
 } // namespace
+
+QWindow *keyWindow()
+{
+    QWindow *const focused = QGuiApplication::focusWindow();
+    if (!focused || focused->isVisible()) {
+        return focused;
+    }
+    // Without a window manager a popup keeps the focus after it was closed.
+    const QWidget *active =
+        qobject_cast<QApplication *>(qApp) ? QApplication::activeWindow() : nullptr;
+    QWindow *const window = active ? active->windowHandle() : nullptr;
+    return window && window->isVisible() ? window : nullptr;
+}
 
 Delivery pressMouse(const MouseInput &input, Closeness toLastPress)
 {
@@ -114,7 +129,7 @@ Delivery turnWheel(const MouseInput &input, const QPoint &angle)
 Delivery sendKey(QEvent::Type type, const KeyInput &key, const QPointer<QWindow> &fallback)
 {
     return deliver([type, key, fallback] {
-        QWindow *const focused = QGuiApplication::focusWindow();
+        QWindow *const focused = keyWindow();
         if (QWindow *window = focused ? focused : fallback.data()) {
             qt_handleKeyEvent(window, type, key.key, key.modifiers, key.text);
         }

@@ -53,6 +53,8 @@ struct KeyInput
  * Presses or releases a key in the window that has the focus, or else in
  * @p fallback; nothing happens where both are missing.
  */
+/** The window that keys go to: the one with the focus, if it is still shown; may be null. */
+QWindow *keyWindow();
 Delivery sendKey(QEvent::Type type, const KeyInput &key, const QPointer<QWindow> &fallback);
 
 /** All fingers at one moment, in global positions. */

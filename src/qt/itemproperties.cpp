@@ -62,9 +62,10 @@ QString toolTip(const Node &item)
         return item.index().data(Qt::ToolTipRole).toString();
     case Node::Kind::HeaderSection: {
         const QAbstractItemModel *model = headerOf(item)->model();
-        return model ? model->headerData(item.section(), headerOf(item)->orientation(),
-                                         Qt::ToolTipRole).toString()
-                     : QString();
+        return model
+            ? model->headerData(item.section(), headerOf(item)->orientation(), Qt::ToolTipRole)
+                  .toString()
+            : QString();
     }
     case Node::Kind::Tab:
         return barOf(item)->tabToolTip(item.section());

@@ -181,10 +181,11 @@ bool shortcut(const QString &sequence)
     if (!error.isEmpty()) {
         return failWith(operation, error);
     }
-    if (!QGuiApplication::focusWindow()) {
+    QWindow *const window = keyWindow();
+    if (!window) {
         return failWith(operation, QStringLiteral("no window has the focus"));
     }
-    return Typist(QGuiApplication::focusWindow()).type(keys) || failQuitting(operation);
+    return Typist(window).type(keys) || failQuitting(operation);
 }
 
 } // namespace Vantrel::QtWrapper

@@ -12,12 +12,16 @@
 #include <QLabel>
 #include <QListView>
 #include <QMetaProperty>
+#include <QPointer>
+#include <QStyledItemDelegate>
 #include <QTabBar>
 #include <QTableView>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
 #include <QTreeView>
 #include <QWindow>
+
+#include <typeinfo>
 
 namespace Vantrel::QtWrapper {
 
@@ -83,6 +87,10 @@ QString widgetLabel(QWidget *widget, Traits traits)
     }
     if (label.isEmpty() && traits.labelProperty != -1) {
         label = withoutMnemonics(propertyLabel(widget, traits.labelProperty));
+        // That of a message box.
+        if (widget->isWindow() && Qt::mightBeRichText(label)) {
+            label = QTextDocumentFragment::fromHtml(label).toPlainText().trimmed();
+        }
     }
     return label.isEmpty() ? windowTitle(widget) : label;
 }
@@ -101,6 +109,19 @@ QString objectLabel(QObject *object)
     }
     const QString label = propertyLabel(object, traits.labelProperty);
     return object->isWindowType() ? label : withoutMnemonics(label);
+}
+
+/** As the view shows it: dates and numbers in the form of its locale, or of its own delegate. */
+QString itemLabel(const QPointer<QAbstractItemView> &view, const QModelIndex &index)
+{
+    const QVariant value = index.data(Qt::DisplayRole);
+    const QAbstractItemDelegate *shown = view ? view->itemDelegate(index) : nullptr;
+    const auto *delegate = qobject_cast<const QStyledItemDelegate *>(shown);
+    // Of texts, that of Qt changes nothing but the kind of line breaks.
+    const bool isText = value.userType() == QMetaType::QString && delegate
+        && typeid(*delegate) == typeid(QStyledItemDelegate);
+    return value.isValid() && delegate && !isText ? delegate->displayText(value, view->locale())
+                                                  : value.toString();
 }
 
 QString headerLabel(const QHeaderView *header, int section)
@@ -299,7 +320,7 @@ QString labelOf(const Node &node)
     case Node::Kind::Object:
         return objectLabel(node.object());
     case Node::Kind::ModelItem:
-        return node.index().data(Qt::DisplayRole).toString();
+        return itemLabel(static_cast<QAbstractItemView *>(node.host()), node.index());
     case Node::Kind::HeaderSection:
         return headerLabel(static_cast<QHeaderView *>(node.host()), node.section());
     case Node::Kind::Tab:

@@ -91,7 +91,8 @@ uint qHash(const Node &node, uint seed = 0);
 /** Top-level widgets, windows that are no widgets, and the application object. */
 std::vector<Node> topLevelNodes();
 std::vector<Node> childNodes(const Node &parent);
-/** The same without a list, for there may be millions. Ends, with false, when @p visit returns it. */
+/** The same without a list, for there may be millions. Ends, with false, when @p visit returns it.
+ */
 bool visitChildNodes(const Node &parent, const std::function<bool(const Node &)> &visit);
 /** Null at the top level. */
 Node parentNode(const Node &node);

@@ -190,6 +190,12 @@ bool hasPlace(const Node &node)
         || qobject_cast<const QGraphicsObject *>(object) || !boundsOf(node).isNull();
 }
 
+QString absence()
+{
+    const QString error = Inspector::self()->lastError();
+    return error.isEmpty() ? QStringLiteral("there is no such object") : error;
+}
+
 QString describe(const Node &node)
 {
     const QString name = objectNameOf(node);

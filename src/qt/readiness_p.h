@@ -79,6 +79,11 @@ private:
 bool hasPlace(const Node &node);
 /** Kind and name of a node, for messages; cheaper than its name. */
 QString describe(const Node &node);
+/**
+ * Why a handle is null: the last error, which whoever searched for the object
+ * left, or that there is no such object.
+ */
+QString absence();
 /** Sets the last error to "<operation>: <reason>". Returns false. */
 bool failWith(const QString &operation, const QString &reason);
 

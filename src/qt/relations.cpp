@@ -4,6 +4,7 @@
 
 #include <QFormLayout>
 #include <QLabel>
+#include <QMainWindow>
 #include <QWidget>
 
 #include <limits>
@@ -58,7 +59,9 @@ QLabel *labelInForm(QLayout *layout, QWidget *widget)
             return label;
         }
     }
-    for (int i = 0; layout && i < layout->count(); ++i) {
+    // That of a main window complains when it is asked.
+    const bool isCountable = layout && !qobject_cast<QMainWindow *>(layout->parent());
+    for (int i = 0; isCountable && i < layout->count(); ++i) {
         if (QLayout *inner = layout->itemAt(i)->layout()) {
             if (QLabel *label = labelInForm(inner, widget)) {
                 return label;
@@ -106,9 +109,15 @@ Node Relations::buddyOf(const Node &node)
     if (QLabel *label = labelInForm(widget->parentWidget()->layout(), widget)) {
         return Node(label);
     }
-    return Node(nearest(labels, widget, [](const QRect &from, const QRect &to) {
-        return std::min(distanceToLeft(from, to), distanceUpwards(from, to));
-    }));
+    // What stands between belongs to the label itself.
+    const auto &widgets = siblingsOf(widget).widgets;
+    for (const auto distance : {distanceToLeft, distanceUpwards}) {
+        QWidget *beside = nearest(widgets, widget, distance);
+        if (beside && traitsOf(beside).is(Traits::Label)) {
+            return Node(beside);
+        }
+    }
+    return Node();
 }
 
 Node Relations::leftOf(const Node &node)

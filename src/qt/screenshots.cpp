@@ -14,7 +14,7 @@ QByteArray screenshot(const SharedPtr<Object> &object, bool wholeWindow)
     const QString operation = QStringLiteral("screenshot");
     const Node node = nodeOf(object);
     if (!node) {
-        failWith(operation, QStringLiteral("there is no such object"));
+        failWith(operation, absence());
         return {};
     }
     QString error;

@@ -173,7 +173,7 @@ bool replayTouch(const SharedPtr<Object> &object, const QString &gestureXml)
                         node ? QStringLiteral("%1 takes no touch: neither it nor a widget around "
                                               "it has the attribute WA_AcceptTouchEvents")
                                    .arg(describe(node))
-                             : QStringLiteral("there is no such object"));
+                             : absence());
     }
     const std::optional<MouseInput> input = aimAt(operationName(), object, nowhere);
     TouchBuilder builder;

@@ -22,6 +22,7 @@
 #include <QProgressBar>
 #include <QScrollBar>
 #include <QStackedWidget>
+#include <QStatusBar>
 #include <QTabBar>
 #include <QTextEdit>
 #include <QTreeView>
@@ -101,6 +102,7 @@ quint32 flagsOf(const QMetaObject *meta)
         {&QStackedWidget::staticMetaObject, Traits::Stack},
         {&QProgressBar::staticMetaObject, Traits::Content},
         {&QScrollBar::staticMetaObject, Traits::ScrollBar},
+        {&QStatusBar::staticMetaObject, Traits::StatusBar},
         {&QLabel::staticMetaObject, Traits::Label},
     };
     quint32 flags = flagsOfName(meta->className());
@@ -280,7 +282,11 @@ QString readText(const QObject *object, int propertyIndex)
 QString contentOf(const Node &node)
 {
     const QObject *object = node.object();
-    const int index = object ? traitsOf(object).contentProperty : -1;
+    const Traits traits = object ? traitsOf(object) : Traits();
+    if (traits.is(Traits::StatusBar)) {
+        return static_cast<const QStatusBar *>(object)->currentMessage();
+    }
+    const int index = traits.contentProperty;
     return index == -1 ? QString() : object->metaObject()->property(index).read(object).toString();
 }
 

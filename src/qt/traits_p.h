@@ -39,6 +39,7 @@ struct Traits
         ProxyWidget = 0x200000,
         ColumnView = 0x400000,
         Stack = 0x800000,
+        StatusBar = 0x1000000,
         /** Every other widget is a node of its own, below whatever but these: */
         PerhapsPlumbing = Internal | PlainContainer | LineEdit | ScrollBar | ItemView | ComboPopup,
         PlumbedContainer = ScrollArea,
