@@ -657,6 +657,10 @@ TEST_F(Actions, AreFunctionsOfScripts)
         EXPECT_TRUE(call("waitFor", {handle, wrap("enabled"), wrap("true"), wrap(100)}))
             << qPrintable(lastError());
         EXPECT_TRUE(call("waitFor", {handle, wrap("enabled"), wrap("true")}));
+        EXPECT_TRUE(call("waitFor", {handle, wrap("focusPolicy"), wrap("NoFocus"), wrap(0)}))
+            << "as names match it";
+        EXPECT_TRUE(call("waitFor", {handle, wrap("focusPolicy"), wrap("0"), wrap(0)}))
+            << "as the property reads";
         EXPECT_TRUE(call("snooze", {wrap(1)}));
     });
 }

@@ -13,6 +13,7 @@
 #include "objectmodel/object.h"
 #include "objectmodel/objectsearch.h"
 
+#include <QMetaProperty>
 #include <QVariant>
 
 #include <algorithm>
@@ -147,6 +148,19 @@ std::optional<QString> propertyText(const SharedPtr<Object> &object, const QStri
                                          : std::nullopt;
 }
 
+/** The text by which names tell the value of a property; null when it has no such text. */
+QString textInNames(const SharedPtr<Object> &object, const QString &name)
+{
+    const QObject *qobject = qobjectOf(object);
+    const int index =
+        qobject ? qobject->metaObject()->indexOfProperty(name.toUtf8().constData()) : -1;
+    if (index == -1) {
+        return QString();
+    }
+    const QMetaProperty property = qobject->metaObject()->property(index);
+    return textOf(property.read(qobject), property.enumerator());
+}
+
 bool isUsable(const SharedPtr<Object> &object)
 {
     return object && object->isValid() && !object->isNull();
@@ -248,10 +262,11 @@ bool waitForText(const SharedPtr<Object> &object, const QString &property, const
         if (!text) {
             return failWith(operation, QStringLiteral("the object has no such property"));
         }
-        if (*text == value) {
+        const QString inNames = isUsable(object) ? textInNames(object, property) : QString();
+        if (*text == value || (!inNames.isNull() && inNames == value)) {
             return true;
         }
-        actual = *text;
+        actual = inNames.isNull() ? *text : inNames;
     } while (deadline.waitForNextLook());
     return failWith(operation,
                     QStringLiteral("still '%1' after %2 ms%3")
