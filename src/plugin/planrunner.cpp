@@ -244,9 +244,10 @@ void PlanRunner::begin()
         nextStep();
     });
     connect(&m_readiness, &Readiness::timedOut, this, [this] {
-        finish({ExitCode::timeout,
-                QStringLiteral("the application was not ready after %1 s; vantrel was waiting for %2")
-                    .arg(QString::number(m_plan.timeout / 1000.0), m_doing)});
+        finish(
+            {ExitCode::timeout,
+             QStringLiteral("the application was not ready after %1 s; vantrel was waiting for %2")
+                 .arg(QString::number(m_plan.timeout / 1000.0), m_doing)});
     });
     if (m_invalid.code != 0) {
         finish(m_invalid);
@@ -439,10 +440,11 @@ void PlanRunner::endApplication()
 void PlanRunner::applicationEnds()
 {
     if (m_isTaken && !m_isOver && !isForked()) {
-        conclude({ExitCode::planFailed,
-                  QStringLiteral("the application ended before the plan was done; vantrel was waiting "
-                                 "for %1")
-                      .arg(m_doing)});
+        conclude(
+            {ExitCode::planFailed,
+             QStringLiteral("the application ended before the plan was done; vantrel was waiting "
+                            "for %1")
+                 .arg(m_doing)});
     }
 }
 
