@@ -150,6 +150,28 @@ TEST_F(QtMatching, RefusesAnInvalidNestedName)
     }
 }
 
+TEST_F(QtMatching, ReadsLabelsWhereAUserDoes)
+{
+    QMainWindow main;
+    auto *tabs = new QTabWidget;
+    auto *page = new QWidget;
+    tabs->addTab(page, QStringLiteral("&Label page"));
+    main.setCentralWidget(tabs);
+    main.statusBar()->showMessage(QStringLiteral("label saved"));
+    QMessageBox box(QMessageBox::NoIcon, QString(), QStringLiteral("<b>Label</b> or not?"));
+    QTableWidget table(1, 1);
+    table.setObjectName(QStringLiteral("label table"));
+    table.setLocale(QLocale(QLocale::German));
+    auto *item = new QTableWidgetItem;
+    item->setData(Qt::DisplayRole, 1234.5);
+    table.setItem(0, 0, item);
+    EXPECT_EQ(page, findQObject(QStringLiteral("{text='Label page' type='QWidget'}")));
+    EXPECT_EQ(main.statusBar(), findQObject(QStringLiteral("{text='label saved'}")));
+    EXPECT_EQ(&box, findQObject(QStringLiteral("{text='Label or not?' type='QMessageBox'}")));
+    EXPECT_TRUE(find(QStringLiteral("{container={name='label table'} text='1.234,5'}")))
+        << "as the view shows it";
+}
+
 TEST_F(QtMatching, TellsWhatDidNotMatch)
 {
     const QString name = QStringLiteral(

@@ -15,6 +15,7 @@
 #include <QPointer>
 #include <QStyledItemDelegate>
 #include <QTabBar>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTextDocument>
 #include <QTextDocumentFragment>
@@ -76,6 +77,18 @@ QString propertyLabel(QObject *object, int property)
     return end == -1 ? label : label.left(end);
 }
 
+/** Of a page, which the text of its tab stands for. */
+QString tabLabel(QWidget *page)
+{
+    const QWidget *stack = page->parentWidget();
+    if (!stack || !traitsOf(stack).is(Traits::Stack)) {
+        return QString();
+    }
+    const auto *tabs = qobject_cast<QTabWidget *>(stack->parentWidget());
+    const int index = tabs ? tabs->indexOf(page) : -1;
+    return index == -1 ? QString() : withoutMnemonics(tabs->tabText(index));
+}
+
 QString widgetLabel(QWidget *widget, Traits traits)
 {
     if (traits.is(Traits::Label)) {
@@ -86,13 +99,20 @@ QString widgetLabel(QWidget *widget, Traits traits)
         label = windowTitle(widget);
     }
     if (label.isEmpty() && traits.labelProperty != -1) {
+        const QPointer<QWidget> guard(widget); // a getter can do anything
         label = withoutMnemonics(propertyLabel(widget, traits.labelProperty));
+        if (!guard) {
+            return label;
+        }
         // That of a message box.
         if (widget->isWindow() && Qt::mightBeRichText(label)) {
             label = QTextDocumentFragment::fromHtml(label).toPlainText().trimmed();
         }
     }
-    return label.isEmpty() ? windowTitle(widget) : label;
+    if (label.isEmpty()) {
+        label = windowTitle(widget);
+    }
+    return label.isEmpty() ? tabLabel(widget) : label;
 }
 
 QString objectLabel(QObject *object)
