@@ -48,10 +48,10 @@ class Plugin : public QGenericPlugin
 
 public:
     /** Called in the constructor of the application object, which owns the result. */
-    QObject *create(const QString &, const QString &specification) override
+    QObject *create(const QString &, const QString &planText) override
     {
         QString error;
-        const Plan plan = Plan::fromText(specification, &error);
+        const Plan plan = Plan::fromText(planText, &error);
         hideFromChildren(plan.pluginPath);
         return new PlanRunner(plan, error, nullptr);
     }
