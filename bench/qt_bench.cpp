@@ -1,3 +1,5 @@
+#include "qtbenchmarks.h"
+
 #include "qt/wrapper.h"
 
 #include "objectmodel/class.h"
@@ -126,12 +128,5 @@ BENCHMARK(handleOfKnownObject);
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    if (!QtWrapper::install()) {
-        return 1;
-    }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runQtBenchmarks(argc, argv);
 }

@@ -1,4 +1,6 @@
 // What a dump costs beside reading the same properties without it, in one process.
+#include "qtbenchmarks.h"
+
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
 
@@ -146,12 +148,5 @@ BENCHMARK(picture)->Arg(100)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    if (!QtWrapper::install()) {
-        return 1;
-    }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runQtBenchmarks(argc, argv);
 }

@@ -1,3 +1,5 @@
+#include "qtbenchmarks.h"
+
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
 #include "qt/wrapper.h"
@@ -122,13 +124,5 @@ BENCHMARK(nameOfOne)->Unit(benchmark::kMicrosecond);
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    if (!QtWrapper::install()) {
-        return 1;
-    }
-    registerAll();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runQtBenchmarks(argc, argv, registerAll);
 }

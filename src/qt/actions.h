@@ -51,7 +51,7 @@ VANTREL_QT_EXPORT bool mouseDrag(const SharedPtr<Object> &object, const QPoint &
                                  const QPoint &distance, int button = 1, int modifiers = 0);
 /** Drops @p object on @p target, from middle to middle. */
 VANTREL_QT_EXPORT bool dragTo(const SharedPtr<Object> &object, const SharedPtr<Object> &target);
-/** Turns the wheel by @p steps notches, up and to the right when positive. */
+/** Turns the wheel by so many notches, to the right and up where positive; at most 10000. */
 VANTREL_QT_EXPORT bool mouseWheel(const SharedPtr<Object> &object, int horizontalSteps,
                                   int verticalSteps, int modifiers = 0);
 /**
