@@ -106,7 +106,10 @@ protected:
         return inspector->installObjectEventHandler(object, "clicked", handler);
     }
 
-    SharedPtr<Object> widget() { return new Object(&m_data, widgetClass(), ObjectAttribute()); }
+    SharedPtr<Object> widget()
+    {
+        return SharedPtr<Object>(new Object(&m_data, widgetClass(), ObjectAttribute()));
+    }
 
     QStringList dispatch(const SharedPtr<Object> &object, const QString &event = "clicked")
     {

@@ -31,7 +31,7 @@ TEST(SharedPtr, DeletesWithTheLastReference)
         EXPECT_EQ(3u, first->referenceCount());
         EXPECT_TRUE(base == moved);
     }
-    first = first.get(); // assigning the same object must not delete it
+    first = SharedPtr<Counted>(first.get()); // assigning the same object must not delete it
     EXPECT_EQ(1u, first->referenceCount());
     EXPECT_EQ(1, alive);
     first = SharedPtr<Counted>(new Counted(&alive));

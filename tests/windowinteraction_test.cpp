@@ -138,7 +138,10 @@ class WindowFunctions : public testing::Test
 protected:
     void SetUp() override { Inspector::self()->lastError(); }
 
-    SharedPtr<Object> window(const Class *c) { return new Object(&m_data, c, ObjectAttribute()); }
+    SharedPtr<Object> window(const Class *c)
+    {
+        return SharedPtr<Object>(new Object(&m_data, c, ObjectAttribute()));
+    }
 
     static SharedPtr<Object> number(int value) { return Inspector::self()->createPrimitive(value); }
 

@@ -6,6 +6,7 @@
 #include "objectmodel/inspector.h"
 #include "objectmodel/namespace.h"
 #include "objectmodel/object.h"
+#include "objectmodel/objectdelegates_p.h"
 #include "objectmodel/recursion_p.h"
 
 #include <algorithm>
@@ -101,6 +102,7 @@ void ClassPrivate::setName(const char *text)
 {
     name = QByteArray(text);
     nameText = QString::fromUtf8(text);
+    ObjectDelegates::changed();
 }
 
 void ClassPrivate::buildMethods(const Class *q)
@@ -285,6 +287,7 @@ void Class::setSuperClass(const Class *superClass)
         }
     }
     d->superClass = superClass;
+    ObjectDelegates::changed();
 }
 
 void Class::initSuperClass()
@@ -568,7 +571,12 @@ SharedPtr<Object> Class::wrap(void *data, const ObjectAttribute &attribute) cons
     return mutableSelf()->wrap(data, attribute);
 }
 
-void Class::deleteObjectData(void *, const ObjectAttribute &) const {}
+void Class::deleteObjectData(void *data, const ObjectAttribute &) const
+{
+    if (d->deleteNative) {
+        d->deleteNative(data);
+    }
+}
 
 QString Class::realType(const QString &type)
 {

@@ -110,9 +110,16 @@ public:
     /** Raw construction, implemented by the back end. */
     virtual SharedPtr<Object> construct(int index, void **arguments);
 
-    /** A new handle of this class for @p data, which it does not own. */
+    /**
+     * A handle of this class for @p data, which it does not own. Normally a new
+     * one; a class may also give the one that it has for this data, which is
+     * then left as it is, or null for data that it refuses.
+     */
     virtual SharedPtr<Object> wrap(void *data, const ObjectAttribute &attribute);
-    /** Frees the data of an object that owns it. */
+    /**
+     * Frees the data of an object that owns it. Does nothing unless it is
+     * overridden or registerNativeClass() told the native type.
+     */
     virtual void deleteObjectData(void *data, const ObjectAttribute &attribute) const;
 
     /**
@@ -278,7 +285,6 @@ private:
     friend class Property;
 
     Class *mutableSelf() const { return const_cast<Class *>(this); }
-    static SharedPtr<Object> viewed(const SharedPtr<Object> &object, const Class *as);
     static bool compareProperties(const SharedPtr<Object> &a, const SharedPtr<Object> &b);
 
     ClassPrivate *const d;

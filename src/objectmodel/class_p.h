@@ -6,9 +6,12 @@
 #include <QMap>
 #include <QVector>
 
+#include <typeinfo>
+
 namespace Vantrel {
 
 class CastDelegate;
+struct ObjectDelegates;
 class StaticPropertyDelegate;
 
 /** What a Class knows. Tables are empty until they are first asked for. */
@@ -62,6 +65,12 @@ public:
     quint32 natures = 0;
     /** The decoded name, so that asking for it costs no conversion. */
     QString nameText;
+    /** What deleteObjectData() does unless it is overridden; null when no native type is known. */
+    void (*deleteNative)(void *data) = nullptr;
+    const std::type_info *nativeType = nullptr;
+    /** What ObjectDelegates found when the number of changes was the one beside it. */
+    const ObjectDelegates *objectDelegates = nullptr;
+    quint32 delegatesFoundAt = 0;
 
     ClassPrivate() : propertyDelegateLooked(false), castDelegateLooked(false) {}
     void setName(const char *text);

@@ -7,6 +7,7 @@
 #include "objectmodel/invocation.h"
 #include "objectmodel/namespace.h"
 #include "objectmodel/nativetypes_p.h"
+#include "objectmodel/object_p.h"
 
 #include <QByteArray>
 
@@ -72,30 +73,6 @@ struct BuiltEnum
     Enum *descriptor = nullptr;
 };
 
-/** An object of a declared class. */
-class BuiltObject : public Object
-{
-public:
-    using Object::Object;
-
-    /**
-     * Data is deleted as what it was made as, because ancestors may have no
-     * virtual destructor: a second handle takes over what this one owns.
-     */
-    SharedPtr<Object> castTo(const Class *target) override
-    {
-        if (isAutoDelete() && target != type()) {
-            m_owner = type()->wrap(data(), objectAttribute());
-            m_owner->setAutoDelete(true);
-            setAutoDelete(false);
-        }
-        return Object::castTo(target);
-    }
-
-private:
-    SharedPtr<Object> m_owner;
-};
-
 /** The arguments of one call as native pointers, each list of texts with an end. */
 class CallArguments
 {
@@ -155,9 +132,7 @@ bool collect(const Signature &signature, const ObjectList &arguments, void **nat
 class BuiltClass : public Class
 {
 public:
-    BuiltClass(const char *name, Namespace *nameSpace, ClassDeclaration::Delete deleteData)
-        : Class(name, nameSpace, false), m_deleteData(deleteData)
-    {}
+    BuiltClass(const char *name, Namespace *nameSpace) : Class(name, nameSpace, false) {}
 
     void inherit(const Class *superClass) { setSuperClass(superClass); }
     void publish();
@@ -184,8 +159,6 @@ private:
     SharedPtr<Object> construct(int index, const ObjectList &arguments,
                                 const Constructor *constructor) override;
     SharedPtr<Object> construct(int index, void **arguments) override;
-    SharedPtr<Object> wrap(void *data, const ObjectAttribute &attribute) override;
-    void deleteObjectData(void *data, const ObjectAttribute &attribute) const override;
     Constructor *createConstructor(int index) const override;
     Method *createMethod(int methodId) const override;
     Property *createProperty(int propertyId) const override;
@@ -215,8 +188,6 @@ private:
                          const ObjectList &arguments) const;
     bool reportNoObject(const QString &name) const;
     bool reportReadOnly(const QString &name) const;
-
-    const ClassDeclaration::Delete m_deleteData;
 };
 
 /** Registers the class with the members it has now. */
@@ -321,9 +292,11 @@ SharedPtr<Object> BuiltClass::invoke(int methodId, SharedPtr<Object> object,
         if (collect(built->signature, arguments, native)) {
             void *data = nullptr;
             object->get(&data);
-            return guarded(method->name(), [&] {
+            SharedPtr<Object> result = guarded(method->name(), [&] {
                 return built->call.function->call(data, native, built->result.type());
             });
+            ObjectAccess::share(result, object, built->signature, arguments);
+            return result;
         }
     }
     if (!verifyCall(this, object, arguments, method)) {
@@ -337,7 +310,10 @@ SharedPtr<Object> BuiltClass::invoke(int methodId, SharedPtr<Object> object,
     if (object) {
         object->get(&data);
     }
-    return call(built->call, method->name(), data, native.data(), method->type());
+    SharedPtr<Object> result =
+        call(built->call, method->name(), data, native.data(), method->type());
+    ObjectAccess::share(result, object, built->signature, arguments);
+    return result;
 }
 
 SharedPtr<Object> BuiltClass::invoke(int methodId, void *data, void **arguments, const Class *type)
@@ -428,8 +404,10 @@ SharedPtr<Object> BuiltClass::getProperty(int propertyId, SharedPtr<Object> obje
     if (const BuiltProperty *built = usual(object, property)) {
         void *data = nullptr;
         object->get(&data);
-        return guarded(built->name,
-                       [&] { return built->getter->call(data, nullptr, built->type.type()); });
+        SharedPtr<Object> value = guarded(
+            built->name, [&] { return built->getter->call(data, nullptr, built->type.type()); });
+        ObjectAccess::share(value, object);
+        return value;
     }
     return ClassPrivate::getProperty(this, propertyId, object, property);
 }
@@ -466,18 +444,6 @@ SharedPtr<Object> BuiltClass::construct(int index, void **arguments)
         return {};
     }
     return call(constructors[index].call, className(), nullptr, arguments, this);
-}
-
-SharedPtr<Object> BuiltClass::wrap(void *data, const ObjectAttribute &attribute)
-{
-    return new BuiltObject(data, this, attribute);
-}
-
-void BuiltClass::deleteObjectData(void *data, const ObjectAttribute &) const
-{
-    if (m_deleteData) {
-        m_deleteData(data);
-    }
 }
 
 Constructor *BuiltClass::createConstructor(int index) const
@@ -580,7 +546,7 @@ class ClassDeclarationPrivate
 {
 public:
     ClassDeclarationPrivate(const char *name, Namespace *nameSpace, const std::type_info &type,
-                            ClassDeclaration::Delete deleteData);
+                            Delete deleteData);
 
     bool isPossible();
     void addMembers();
@@ -614,10 +580,9 @@ private:
 
 ClassDeclarationPrivate::ClassDeclarationPrivate(const char *name, Namespace *nameSpace,
                                                  const std::type_info &type,
-                                                 ClassDeclaration::Delete deleteData)
-    : built(new BuiltClass(name, nameSpace ? nameSpace : Inspector::self()->globalNamespace(),
-                           deleteData)),
-      info(type), isKnown(registerClass(type, built))
+                                                 Delete deleteData)
+    : built(new BuiltClass(name, nameSpace ? nameSpace : Inspector::self()->globalNamespace())),
+      info(type), isKnown(registerClass(type, built, deleteData))
 {
     static auto *const all = new std::vector<const Class *>;
     all->push_back(built);

@@ -234,7 +234,7 @@ class ConstructorFunction : public Function
 public:
     SharedPtr<Object> call(void *, void **arguments, const Class *type) override
     {
-        return owned(type, create(arguments, std::index_sequence_for<P...>()));
+        return ownedData(type, create(arguments, std::index_sequence_for<P...>()));
     }
 
 private:
@@ -314,8 +314,6 @@ using Names = std::initializer_list<const char *>;
 class VANTREL_EXPORT ClassDeclaration
 {
 public:
-    using Delete = void (*)(void *);
-
     ClassDeclaration(const char *name, Namespace *nameSpace, const std::type_info &info,
                      Delete deleteData);
     ~ClassDeclaration();
@@ -403,7 +401,7 @@ class ClassBuilder
 public:
     /** @p nameSpace is not owned; null means the global one. */
     explicit ClassBuilder(const char *name, Namespace *nameSpace = nullptr)
-        : m_declaration(name, nameSpace, typeid(T), deleteData())
+        : m_declaration(name, nameSpace, typeid(T), NativeTypes::deleter<T>())
     {}
 
     /**
@@ -548,27 +546,20 @@ private:
         return std::make_unique<NativeTypes::ObjectFunction<T, F>>(std::move(function));
     }
 
-    static NativeTypes::ClassDeclaration::Delete deleteData()
-    {
-        if constexpr (std::is_destructible_v<T> && !std::is_abstract_v<T>) {
-            return [](void *data) { std::default_delete<T>()(static_cast<T *>(data)); };
-        } else {
-            return nullptr;
-        }
-    }
-
     NativeTypes::ClassDeclaration m_declaration;
 };
 
 /**
  * Makes a class that was written by hand, whose objects have a T as their data,
- * known to declarations and to wrap() and unwrap(). @p c is not owned.
- * @return false, with nothing changed, when T belongs to another class.
+ * known to declarations and to wrap() and unwrap(). @p c is not owned. From
+ * then on Class::deleteObjectData() deletes a T, unless the class overrides it.
+ * @return false, with nothing changed, when T belongs to another class, or the
+ * class to another type.
  */
 template <class T>
 bool registerNativeClass(const Class *c)
 {
-    return c && NativeTypes::registerClass(typeid(T), c);
+    return c && NativeTypes::registerClass(typeid(T), c, NativeTypes::deleter<T>());
 }
 
 } // namespace Vantrel

@@ -3,7 +3,7 @@
 #include "objectmodel/arguments_p.h"
 #include "objectmodel/class_p.h"
 #include "objectmodel/delegates.h"
-#include "objectmodel/object.h"
+#include "objectmodel/object_p.h"
 #include "objectmodel/recursion_p.h"
 
 #include <set>
@@ -29,6 +29,31 @@ const Constructor *convertingConstructor(const Class *target, const Class *sourc
         }
     }
     return nullptr;
+}
+
+void *dataOf(const SharedPtr<Object> &object)
+{
+    void *data = nullptr;
+    object->get(&data);
+    return data;
+}
+
+/** @p view as a second handle of what @p object stands for, with a copy of what is attached. */
+SharedPtr<Object> adorned(const SharedPtr<Object> &view, const SharedPtr<Object> &object)
+{
+    if (view && ObjectAccess::isNew(view)) {
+        if (const UserData *userData = object->userData()) {
+            view->setUserData(userData->clone());
+        }
+        ObjectAccess::share(view, object);
+    }
+    return view;
+}
+
+/** A handle of the class @p as for the data of @p object, which stays as it is. */
+SharedPtr<Object> viewed(const SharedPtr<Object> &object, const Class *as)
+{
+    return adorned(as->wrap(dataOf(object), object->objectAttribute()), object);
 }
 
 bool isAncestor(const Class *target, const Class *c)
@@ -238,22 +263,6 @@ SharedPtr<Object> Class::convertToTolerant(SharedPtr<Object> object, const Class
     return mutableSelf()->convertToTolerant(object, target, targetIsPointer);
 }
 
-/** A second handle for the data of @p object, which it keeps alive; the first one stays as it is.
- */
-SharedPtr<Object> Class::viewed(const SharedPtr<Object> &object, const Class *as)
-{
-    void *data = nullptr;
-    object->get(&data);
-    SharedPtr<Object> view = as->wrap(data, object->objectAttribute());
-    if (view) {
-        if (const UserData *userData = object->userData()) {
-            view->setUserData(userData->clone());
-        }
-        view->setOrigin(object);
-    }
-    return view;
-}
-
 SharedPtr<Object> Class::convertToInterface(SharedPtr<Object> object, const QString &name)
 {
     if (!object || !object->isA(this)) {
@@ -264,9 +273,13 @@ SharedPtr<Object> Class::convertToInterface(SharedPtr<Object> object, const QStr
         return {};
     }
     SharedPtr<Object> view = viewed(object, this);
+    if (view && !ObjectAccess::isNew(view)) {
+        // The class gave its one handle for the data, which has to keep its type.
+        view = adorned(SharedPtr<Object>(new Object(dataOf(object), this, object->objectAttribute())),
+                       object);
+    }
     if (view) {
-        view->m_class = iface;
-        view->clearDelegates();
+        ObjectAccess::setClass(view.get(), iface);
     }
     return view;
 }
@@ -323,7 +336,7 @@ bool Class::compare(SharedPtr<Object> a, SharedPtr<Object> b) const
             return false;
         }
     }
-    if (ComparisonDelegate *delegate = a->setupComparisonDelegate()) {
+    if (ComparisonDelegate *delegate = ObjectAccess::comparisonDelegate(a.get())) {
         return delegate->compare(a, b);
     }
     return differing ? a->compare(b) : compareProperties(a, b);
@@ -353,7 +366,7 @@ bool Class::sameObjects(SharedPtr<Object> a, SharedPtr<Object> b) const
     if (!a || !b) {
         return false;
     }
-    if (ComparisonDelegate *delegate = a->setupComparisonDelegate()) {
+    if (ComparisonDelegate *delegate = ObjectAccess::comparisonDelegate(a.get())) {
         return delegate->sameObjects(a, b);
     }
     void *aData = nullptr;

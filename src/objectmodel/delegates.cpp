@@ -3,6 +3,7 @@
 #include "objectmodel/class.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
+#include "objectmodel/objectdelegates_p.h"
 
 #include <limits>
 #include <set>
@@ -71,6 +72,7 @@ Delegate::Delegate(const QString &className, Type type) : m_className(className)
 Delegate::~Delegate()
 {
     DelegateFactory::self()->removeDelegate(this);
+    ObjectDelegates::forget(this);
 }
 
 const Delegate *Delegate::super() const
@@ -102,6 +104,7 @@ void DelegateFactory::addDelegate(Delegate *delegate)
 {
     if (delegate) {
         m_delegates.insert(Key(delegate->type(), delegate->className()), delegate);
+        ObjectDelegates::changed();
     }
 }
 
@@ -113,6 +116,7 @@ void DelegateFactory::removeDelegate(Delegate *delegate)
     const auto found = m_delegates.find(Key(delegate->type(), delegate->className()));
     if (found != m_delegates.end() && *found == delegate) {
         m_delegates.erase(found);
+        ObjectDelegates::changed();
     }
 }
 

@@ -32,8 +32,9 @@ struct ScreenRectangle;
 /**
  * A plug-in that gives one class, named by its class name, one kind of
  * behaviour. It registers itself with the DelegateFactory when it is made and
- * leaves it when it is destroyed. Handles and classes remember the delegates
- * they were given, so a delegate normally lives as long as the process.
+ * leaves it when it is destroyed. Handles keep to the delegates they were given
+ * first, until these are destroyed; classes remember theirs for good, so that a
+ * static property or cast delegate has to live as long as the process.
  */
 class VANTREL_EXPORT Delegate
 {

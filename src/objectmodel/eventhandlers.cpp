@@ -4,6 +4,7 @@
 #include "objectmodel/delegates.h"
 #include "objectmodel/eventhandlers_p.h"
 #include "objectmodel/inspector.h"
+#include "objectmodel/object_p.h"
 
 #include <algorithm>
 #include <utility>
@@ -44,7 +45,9 @@ EventHandler::~EventHandler()
 
 EventHandlerRegistry::EventHandlerRegistry()
 {
-    Object::s_endHook = objectEnded;
+    Vantrel::objectEnded = [](Object *object, bool isInvalidated) {
+        self()->drop(object, isInvalidated);
+    };
 }
 
 EventHandlerRegistry *EventHandlerRegistry::self()
@@ -96,17 +99,11 @@ void EventHandlerRegistry::removeIfEmpty(const QString &event)
     }
 }
 
-/** From now on the handle reports its end. */
+/** From now on the end of the handle is noticed. */
 void EventHandlerRegistry::watch(Object *object)
 {
     if (!m_watched.contains(object->index())) {
-        if (object->m_watch.on) {
-            // It was assigned to, so that its former index ended. Kept, that
-            // would refer to this handle after its end.
-            drop(object, Object::End::Destroyed);
-        }
         m_watched.insert(object->index(), object);
-        object->m_watch.on = true;
     }
 }
 
@@ -163,7 +160,7 @@ void EventHandlerRegistry::disconnect(DynamicEventDelegate *delegate,
 bool EventHandlerRegistry::uninstallForObject(const SharedPtr<Object> &object, const QString &event,
                                               EventHandler *handler)
 {
-    return object && uninstallForIndex(object->m_index, object, event, handler);
+    return object && uninstallForIndex(ObjectAccess::knownIndex(object.get()), object, event, handler);
 }
 
 bool EventHandlerRegistry::uninstallForIndex(quint32 index, const SharedPtr<Object> &object,
@@ -267,24 +264,19 @@ void EventHandlerRegistry::forget(EventHandler *handler)
     }
 }
 
-void EventHandlerRegistry::objectEnded(Object *object, Object::End end)
-{
-    self()->drop(object, end);
-}
-
 /**
  * Drops what a handle had. When the handle goes and its thing stays, delegates
  * are disconnected with a new handle for the thing, of the same index, since
  * the old one can no longer be held. When the thing is gone there is nothing
  * to disconnect from.
  */
-void EventHandlerRegistry::drop(Object *object, Object::End end)
+void EventHandlerRegistry::drop(Object *object, bool isInvalidated)
 {
-    // A handle that was assigned to has the index of another one by now.
-    const quint32 index =
-        m_watched.value(object->m_index) == object ? object->m_index : m_watched.key(object);
+    const quint32 index = object->index();
+    if (m_watched.value(index) != object) {
+        return; // one that nobody listens to, or a copy
+    }
     m_watched.remove(index);
-    object->m_watch.on = false;
     std::vector<std::pair<QString, DynamicEventDelegate *>> connections;
     for (auto event = m_events.begin(); event != m_events.end();) {
         const ObjectListeners ended = event->objects.take(index);
@@ -296,14 +288,18 @@ void EventHandlerRegistry::drop(Object *object, Object::End end)
         }
         event = event->isEmpty() ? m_events.erase(event) : std::next(event);
     }
-    if (connections.empty() || end == Object::End::Invalidated || !object->m_data) {
+    void *data = nullptr;
+    object->get(&data);
+    if (connections.empty() || isInvalidated || !data) {
         return;
     }
-    const SharedPtr<Object> standIn = object->m_class->wrap(object->m_data, object->m_attribute);
+    const SharedPtr<Object> standIn = object->type()->wrap(data, object->objectAttribute());
     if (!standIn) {
         return;
     }
-    standIn->m_index = index;
+    if (ObjectAccess::isNew(standIn)) {
+        ObjectAccess::setIndex(standIn.get(), index);
+    }
     for (const auto &[event, delegate] : connections) {
         disconnect(delegate, standIn, event);
     }
@@ -322,7 +318,7 @@ int EventHandlerRegistry::dispatch(const SharedPtr<Object> &object, const QStrin
         called.insert(called.end(), list.begin(), list.end());
     };
     if (object) {
-        const auto own = listeners->objects.find(object->m_index);
+        const auto own = listeners->objects.find(ObjectAccess::knownIndex(object.get()));
         if (own != listeners->objects.end()) {
             append(own->handlers);
         }

@@ -77,7 +77,6 @@ private:
     static bool remove(Installations *installations, EventHandler *handler);
     static void disconnect(DynamicEventDelegate *delegate, const SharedPtr<Object> &object,
                            const QString &event);
-    static void objectEnded(Object *object, Object::End end);
 
     ObjectListeners *listenersOf(quint32 index, const QString &event);
     void removeIfEmpty(const QString &event);
@@ -85,7 +84,7 @@ private:
     bool connect(const SharedPtr<Object> &object, const QString &event);
     bool uninstallForIndex(quint32 index, const SharedPtr<Object> &object, const QString &event,
                            EventHandler *handler);
-    void drop(Object *object, Object::End end);
+    void drop(Object *object, bool isInvalidated);
 
     QHash<QString, Listeners> m_events;
     /** The handles that have or had handlers, by index. */

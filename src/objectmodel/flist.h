@@ -1,6 +1,8 @@
 #ifndef VANTREL_FLIST_H
 #define VANTREL_FLIST_H
 
+#include "objectmodel/blockpool.h"
+
 #include <initializer_list>
 #include <iterator>
 #include <list>
@@ -17,8 +19,9 @@ class FList
 {
 public:
     using value_type = T;
-    using iterator = typename std::list<T>::iterator;
-    using const_iterator = typename std::list<T>::const_iterator;
+    using Items = std::list<T, PoolAllocator<T>>;
+    using iterator = typename Items::iterator;
+    using const_iterator = typename Items::const_iterator;
 
     FList() = default;
     FList(std::initializer_list<T> items) : m_items(items) {}
@@ -53,7 +56,7 @@ public:
     friend bool operator!=(const FList &a, const FList &b) { return a.m_items != b.m_items; }
 
 private:
-    std::list<T> m_items;
+    Items m_items;
 };
 
 } // namespace Vantrel

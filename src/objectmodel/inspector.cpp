@@ -325,10 +325,8 @@ SharedPtr<Object> Inspector::createNull(const Class *c)
     if (!c) {
         return {};
     }
-    // "undefined" refuses to wrap anything, yet a null object of it is allowed.
-    return c->id() == PrimitiveId::Undefined
-        ? SharedPtr<Object>(new Object(nullptr, c, ObjectAttribute::Pointer()))
-        : c->wrap(nullptr, ObjectAttribute::Pointer());
+    // Not by the class, which may refuse null data.
+    return makeNull(c);
 }
 
 SharedPtr<Object> Inspector::voidObject()

@@ -5,7 +5,7 @@
 #include "objectmodel/class_p.h"
 #include "objectmodel/diagnostics_p.h"
 #include "objectmodel/inspector.h"
-#include "objectmodel/object.h"
+#include "objectmodel/object_p.h"
 
 namespace Vantrel {
 
@@ -137,7 +137,9 @@ SharedPtr<Object> readDelegateProperty(int propertyId, const SharedPtr<Object> &
     if (const Method *read = declaration->readMethod()) {
         return read->invoke(object, ObjectList());
     }
-    return declaration->readFunction()(object);
+    SharedPtr<Object> value = declaration->readFunction()(object);
+    ObjectAccess::share(value, object);
+    return value;
 }
 
 /**
@@ -322,7 +324,9 @@ SharedPtr<Object> Class::invoke(int, SharedPtr<Object> object, const ObjectList 
         return {};
     }
     NativeArguments native(arguments);
-    return invoke(object, method, native.data());
+    SharedPtr<Object> result = invoke(object, method, native.data());
+    ObjectAccess::share(result, object, method->signature(), arguments);
+    return result;
 }
 
 SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method, void **arguments)
@@ -334,7 +338,10 @@ SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method, 
     if (owner != this) {
         return owner->invoke(object, method, arguments);
     }
-    return invoke(method->id(), dataOf(object, this), arguments, method->type());
+    SharedPtr<Object> result =
+        invoke(method->id(), dataOf(object, this), arguments, method->type());
+    ObjectAccess::share(result, object);
+    return result;
 }
 
 SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method,
@@ -455,7 +462,9 @@ SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *p
     if (!property->isStatic() && !verifyClass(object, this, property->name())) {
         return {};
     }
-    return getProperty(property->id(), dataOf(object, this), property->type());
+    SharedPtr<Object> value = getProperty(property->id(), dataOf(object, this), property->type());
+    ObjectAccess::share(value, object);
+    return value;
 }
 
 SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *property) const

@@ -1,10 +1,12 @@
 #include "objectmodel/nativetypes.h"
 
 #include "objectmodel/arguments_p.h"
-#include "objectmodel/class.h"
+#include "objectmodel/class_p.h"
 #include "objectmodel/containers.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/nativetypes_p.h"
+#include "objectmodel/primitives_p.h"
+#include "objectmodel/primitivevalue_p.h"
 
 #include <cxxabi.h>
 
@@ -104,9 +106,16 @@ const Enum *NativeTypes::enumOf(const std::type_info &info)
     return find(enums(), info);
 }
 
-bool NativeTypes::registerClass(const std::type_info &info, const Class *c)
+bool NativeTypes::registerClass(const std::type_info &info, const Class *c, Delete deleteData)
 {
-    return add(classes(), info, c);
+    ClassPrivate *record = ClassPrivate::get(c);
+    const bool isOfAnother = record->nativeType && *record->nativeType != info;
+    if (isOfAnother || !add(classes(), info, c)) {
+        return false;
+    }
+    record->nativeType = &info;
+    record->deleteNative = deleteData;
+    return true;
 }
 
 bool NativeTypes::registerEnum(const std::type_info &info, const Enum *e)
@@ -146,6 +155,48 @@ SharedPtr<Object> NativeTypes::owned(const Class *type, void *data)
         object->setAutoDelete(true);
     }
     return object;
+}
+
+namespace {
+
+/** @p type is another class than that of @p kind when an Inspector of another process gave it. */
+template <class T>
+SharedPtr<Object> ownedBy(const Class *type, PrimitiveKind kind, T value)
+{
+    return type && type == primitiveClass(kind) ? makePrimitive(value)
+                                                : NativeTypes::ownedData(type, new T(value));
+}
+
+} // namespace
+
+SharedPtr<Object> NativeTypes::ownedNumber(const Class *type, bool value)
+{
+    return ownedBy(type, PrimitiveKind::Bool, value);
+}
+
+SharedPtr<Object> NativeTypes::ownedNumber(const Class *type, char value)
+{
+    return ownedBy(type, PrimitiveKind::Char, value);
+}
+
+SharedPtr<Object> NativeTypes::ownedNumber(const Class *type, qint16 value)
+{
+    return ownedBy(type, PrimitiveKind::Short, value);
+}
+
+SharedPtr<Object> NativeTypes::ownedNumber(const Class *type, qint32 value)
+{
+    return ownedBy(type, PrimitiveKind::Int, value);
+}
+
+SharedPtr<Object> NativeTypes::ownedNumber(const Class *type, qint64 value)
+{
+    return ownedBy(type, PrimitiveKind::Int64, value);
+}
+
+SharedPtr<Object> NativeTypes::ownedNumber(const Class *type, double value)
+{
+    return ownedBy(type, PrimitiveKind::Double, value);
 }
 
 SharedPtr<Object> NativeTypes::viewed(const Class *type, const void *data, int flags)

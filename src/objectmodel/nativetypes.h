@@ -55,8 +55,16 @@ VANTREL_EXPORT QString typeName(const std::type_info &info);
 VANTREL_EXPORT const Class *classOf(const std::type_info &info);
 VANTREL_EXPORT const Enum *enumOf(const std::type_info &info);
 
-/** @return false, with nothing changed, when the type belongs to something else already. */
-VANTREL_EXPORT bool registerClass(const std::type_info &info, const Class *c);
+using Delete = void (*)(void *data);
+
+/**
+ * Objects of @p c have data of the type @p info, which @p deleteData (null: not
+ * at all) frees unless the class does so itself.
+ * @return false, with nothing changed, when the type belongs to another class
+ * or the class to another type already.
+ */
+VANTREL_EXPORT bool registerClass(const std::type_info &info, const Class *c, Delete deleteData);
+/** @return false, with nothing changed, when the type belongs to another enum already. */
 VANTREL_EXPORT bool registerEnum(const std::type_info &info, const Enum *e);
 /** Forgets a type, if it is that of @p c. */
 VANTREL_EXPORT void unregisterClass(const std::type_info &info, const Class *c);
@@ -69,8 +77,15 @@ VANTREL_EXPORT Argument resolved(const QString &name, const Type &type, QString 
 /** The class of resolved(), or null with the last error set. */
 VANTREL_EXPORT const Class *resolvedClass(const Type &type);
 
-/** A handle of the class @p type that owns @p data. */
+/** A handle of the class @p type that owns @p data; null when the class refuses the data. */
 VANTREL_EXPORT SharedPtr<Object> owned(const Class *type, void *data);
+/** A new number of the class @p type, of the form in which objects store it. */
+VANTREL_EXPORT SharedPtr<Object> ownedNumber(const Class *type, bool value);
+VANTREL_EXPORT SharedPtr<Object> ownedNumber(const Class *type, char value);
+VANTREL_EXPORT SharedPtr<Object> ownedNumber(const Class *type, qint16 value);
+VANTREL_EXPORT SharedPtr<Object> ownedNumber(const Class *type, qint32 value);
+VANTREL_EXPORT SharedPtr<Object> ownedNumber(const Class *type, qint64 value);
+VANTREL_EXPORT SharedPtr<Object> ownedNumber(const Class *type, double value);
 /** A handle that refers to @p data. @p flags are ObjectAttribute flags. */
 VANTREL_EXPORT SharedPtr<Object> viewed(const Class *type, const void *data, int flags);
 /**
@@ -128,11 +143,27 @@ T take(const SharedPtr<Object> &object, const QString &element = QString());
 template <class R>
 SharedPtr<Object> give(const R &value);
 
-template <class Stored, class... Arguments>
-SharedPtr<Object> ownedValue(const Class *type, Arguments &&...arguments)
+/** How data of the type T is deleted; null when it cannot be. */
+template <class T>
+Delete deleter()
 {
-    return type ? owned(type, new Stored(std::forward<Arguments>(arguments)...))
-                : SharedPtr<Object>();
+    if constexpr (std::is_destructible_v<T> && !std::is_abstract_v<T>) {
+        return [](void *data) { std::default_delete<T>()(static_cast<T *>(data)); };
+    } else {
+        return nullptr;
+    }
+}
+
+/** A handle that owns @p data; the data goes, and the result is null, when the class refuses it. */
+template <class T>
+SharedPtr<Object> ownedData(const Class *type, T *data)
+{
+    SharedPtr<Object> object = type ? owned(type, data) : SharedPtr<Object>();
+    const Delete deleteData = deleter<T>();
+    if (!object && deleteData) {
+        deleteData(data);
+    }
+    return object;
 }
 
 /**
@@ -155,7 +186,7 @@ struct Value
     template <class U>
     static SharedPtr<Object> make(U &&value, const Class *type)
     {
-        return ownedValue<T>(type, std::forward<U>(value));
+        return type ? ownedData(type, new T(std::forward<U>(value))) : SharedPtr<Object>();
     }
 };
 
@@ -175,7 +206,7 @@ struct Number
     }
     static SharedPtr<Object> make(T value, const Class *type)
     {
-        return ownedValue<Stored>(type, static_cast<Stored>(value));
+        return ownedNumber(type, static_cast<Stored>(value));
     }
 };
 

@@ -1,16 +1,22 @@
 #include "objectmodel/object.h"
+#include "objectmodel/object_p.h"
 
 #include "objectmodel/class.h"
 #include "objectmodel/class_p.h"
+#include "objectmodel/dataholder_p.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/namespace.h"
+#include "objectmodel/objectdelegates_p.h"
 #include "objectmodel/primitiveids.h"
+#include "objectmodel/primitivevalue_p.h"
 #include "objectmodel/recursion_p.h"
 
 #include <QMutex>
 #include <QMutexLocker>
+#include <QVarLengthArray>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace Vantrel {
@@ -91,31 +97,48 @@ private:
 
 UserData::~UserData() = default;
 
+void (*objectEnded)(Object *object, bool isInvalidated) = nullptr;
+
 Object::Object(void *data, const Class *c, const ObjectAttribute &attribute)
-    : m_data(data), m_class(c), m_attribute(attribute), m_autoDelete(false), m_invalid(false),
-      m_isViewed(false)
+    : m_data(data), m_class(c), m_attributeFlags(attribute.getFlags()),
+      m_arrayLength(attribute.arrayLength()), m_autoDelete(false), m_invalid(false),
+      m_hasRoom(false)
 {}
 
 Object::Object(const Object &other) = default;
 
-Object &Object::operator=(const Object &other) = default;
-
-Object::EndHook Object::s_endHook = nullptr;
+Object &Object::operator=(const Object &other)
+{
+    if (this != &other) {
+        tellEnd(false);
+    }
+    Shared::operator=(other);
+    m_data = other.m_data;
+    m_userData = other.m_userData;
+    m_class = other.m_class;
+    m_attributeFlags = other.m_attributeFlags;
+    m_arrayLength = other.m_arrayLength;
+    m_holder = other.m_holder;
+    m_delegates = other.m_delegates;
+    m_index = other.m_index;
+    m_autoDelete = other.m_autoDelete;
+    m_invalid = other.m_invalid;
+    m_hasRoom = other.m_hasRoom;
+    return *this;
+}
 
 Object::~Object()
 {
-    if (m_watch.on) {
-        s_endHook(this, End::Destroyed);
-    }
+    tellEnd(false);
     delete m_userData;
-    if (m_autoDelete) {
-        m_class->deleteObjectData(m_data, m_attribute);
-    }
-    // One after the other: a long chain would exhaust the stack.
-    while (m_origin && m_origin->referenceCount() == 1) {
-        SharedPtr<Object> next;
-        next.swap(m_origin->m_origin);
-        m_origin.swap(next);
+    letGoOfData(m_class);
+}
+
+/** Whoever keeps something for a handle knows it by its index. */
+void Object::tellEnd(bool isInvalidated)
+{
+    if (m_index != noIndex && objectEnded) {
+        objectEnded(this, isInvalidated);
     }
 }
 
@@ -142,41 +165,47 @@ void Object::put(void *data)
 void Object::put(void *data, const Class *former)
 {
     delete std::exchange(m_userData, nullptr);
-    if (m_origin && m_origin->m_data == m_data) {
-        m_origin.reset();
-    }
-    if (m_autoDelete) {
-        releaseData(former);
-    }
+    letGoOfData(former);
     m_data = data;
+    m_hasRoom = false;
 }
 
-/** Frees the data; what views may refer to stays as long as this handle, which they keep alive. */
-void Object::releaseData(const Class *c)
+/** What keeps the data, for a second handle to share. */
+const SharedPtr<DataHolder> &Object::holder()
 {
-    if (!m_isViewed) {
-        c->deleteObjectData(m_data, objectAttribute());
+    if (!m_holder) {
+        m_holder = SharedPtr<DataHolder>(new DataHolder(m_data, m_class));
+    }
+    return m_holder;
+}
+
+/** Frees the data if it is owned; when other handles see it, that is left to the last of them. */
+void Object::letGoOfData(const Class *freedBy)
+{
+    if (!m_holder) {
+        if (m_autoDelete) {
+            freedBy->deleteObjectData(m_data, objectAttribute());
+        }
         return;
     }
-    const SharedPtr<Object> keeper(new Object(m_data, c, objectAttribute()));
-    keeper->setAutoDelete(true);
-    keeper->m_origin.swap(m_origin);
-    m_origin = keeper;
-    m_isViewed = false;
-}
-
-void Object::setOrigin(const SharedPtr<Object> &origin)
-{
-    // A view of the same data is passed over: views of views must not make a
-    // chain, which would grow without end.
-    const bool isView = origin->m_origin && origin->m_origin->m_data == origin->m_data;
-    m_origin = isView ? origin->m_origin : origin;
-    m_origin->m_isViewed = true;
+    SharedPtr<DataHolder> former;
+    former.swap(m_holder);
+    if (m_autoDelete && former->data() == m_data) {
+        former->takeOver(freedBy, objectAttribute());
+    } else if (m_autoDelete) {
+        freedBy->deleteObjectData(m_data, objectAttribute());
+    }
 }
 
 ObjectAttribute Object::objectAttribute()
 {
-    return m_attribute;
+    return ObjectAttribute(m_attributeFlags, m_arrayLength);
+}
+
+void Object::setObjectAttribute(const ObjectAttribute &attribute)
+{
+    m_attributeFlags = attribute.getFlags();
+    m_arrayLength = attribute.arrayLength();
 }
 
 bool Object::isNull() const
@@ -186,13 +215,16 @@ bool Object::isNull() const
 
 void Object::invalidate()
 {
+    if (m_holder && m_holder->referenceCount() == 1 && m_holder->data() == m_data) {
+        m_holder->disown();
+    }
+    m_holder.reset();
     m_invalid = true;
     m_data = nullptr;
+    m_hasRoom = false;
     clearDelegates();
     m_class = classOfTheDead();
-    if (m_watch.on) {
-        s_endHook(this, End::Invalidated);
-    }
+    tellEnd(true);
 }
 
 quint32 Object::index() const
@@ -230,86 +262,93 @@ bool Object::isDerivedFrom(const Class *c) const
 
 SharedPtr<Object> Object::castTo(const Class *target)
 {
-    if (target
+    const bool isPossible = target && target != m_class
         && (Class::isSubClass(target, m_class) || Class::isSubClass(m_class, target)
-            || (isReinterpretable(m_class) && isReinterpretable(target)))) {
+            || (isReinterpretable(m_class) && isReinterpretable(target)));
+    if (isPossible) {
+        // Classes with native types need not have virtual destructors: the holder remembers
+        // what the data was made as.
+        if (m_data && ClassPrivate::get(m_class)->deleteNative) {
+            holder();
+        }
         m_class = target;
         clearDelegates();
     }
     return self();
 }
 
+/** A second handle for the data, in another shape. */
+SharedPtr<Object> Object::viewed(const ObjectAttribute &attribute)
+{
+    SharedPtr<Object> view = m_class->wrap(m_data, attribute);
+    if (ObjectAccess::isView(view)) {
+        ObjectAccess::tie(view.get(), this);
+    }
+    return view;
+}
+
 SharedPtr<Object> Object::reference()
 {
-    if (m_attribute.isPointer() || m_attribute.isArray()) {
-        return self();
-    }
-    SharedPtr<Object> pointer = m_class->wrap(m_data, ObjectAttribute::Pointer());
-    if (pointer) {
-        pointer->setOrigin(self());
-    }
-    return pointer;
+    const bool isIndirect =
+        m_attributeFlags & (ObjectAttribute::PointerFlag | ObjectAttribute::ArrayFlag);
+    return isIndirect ? self() : viewed(ObjectAttribute::Pointer());
 }
 
 SharedPtr<Object> Object::dereference()
 {
-    if (!m_attribute.isPointer() || m_attribute.isReference()) {
+    const int kind =
+        m_attributeFlags & (ObjectAttribute::PointerFlag | ObjectAttribute::ReferenceFlag);
+    if (kind != ObjectAttribute::PointerFlag) {
         return self();
     }
-    if (!m_data) {
-        return {};
+    return m_data ? viewed(ObjectAttribute::Value()) : SharedPtr<Object>();
+}
+
+template <class D>
+D *Object::delegate(D *ObjectDelegates::*kind) const
+{
+    if (m_delegates && m_delegates->*kind) {
+        return m_delegates->*kind;
     }
-    SharedPtr<Object> value = m_class->wrap(m_data, ObjectAttribute::Value());
-    if (value) {
-        value->setOrigin(self());
+    // An absent one is asked for again, since it may come later.
+    const ObjectDelegates *now = ObjectDelegates::of(m_class);
+    if (!m_delegates) {
+        m_delegates = now;
+    } else if (now->*kind) {
+        ObjectDelegates content = *m_delegates;
+        content.*kind = now->*kind;
+        m_delegates = ObjectDelegates::shared(content);
     }
-    return value;
+    return now->*kind;
 }
 
 ObjectHierarchyDelegate *Object::setupHierarchyDelegate() const
 {
-    if (m_hierarchyDelegate) {
-        return m_hierarchyDelegate;
-    }
+    ObjectHierarchyDelegate *found = delegate(&ObjectDelegates::hierarchy);
     const DelegateFactory *factory = DelegateFactory::self();
-    m_hierarchyDelegate = factory->find<ObjectHierarchyDelegate>(m_class);
     const FallbackRegistry *fallback = factory->fallbackRegistry();
-    if (!m_hierarchyDelegate && fallback && fallback->isQObjectBased(className())) {
-        m_hierarchyDelegate = factory->find<ObjectHierarchyDelegate>(QStringLiteral("QObject"));
+    if (found || !fallback || !fallback->isQObjectBased(className())) {
+        return found;
     }
-    return m_hierarchyDelegate;
+    ObjectDelegates content = *m_delegates;
+    content.hierarchy = factory->find<ObjectHierarchyDelegate>(QStringLiteral("QObject"));
+    m_delegates = ObjectDelegates::shared(content);
+    return content.hierarchy;
 }
 
 SerializeDelegate *Object::setupSerializeDelegate() const
 {
-    if (!m_serializeDelegate) {
-        m_serializeDelegate = DelegateFactory::self()->find<SerializeDelegate>(m_class);
-    }
-    return m_serializeDelegate;
+    return delegate(&ObjectDelegates::serialize);
 }
 
 ConversionDelegate *Object::setupConversionDelegate() const
 {
-    if (!m_conversionDelegate) {
-        m_conversionDelegate = DelegateFactory::self()->find<ConversionDelegate>(m_class);
-    }
-    return m_conversionDelegate;
+    return delegate(&ObjectDelegates::conversion);
 }
 
 ComparisonDelegate *Object::setupComparisonDelegate() const
 {
-    if (!m_comparisonDelegate) {
-        m_comparisonDelegate = DelegateFactory::self()->find<ComparisonDelegate>(m_class);
-    }
-    return m_comparisonDelegate;
-}
-
-void Object::clearDelegates()
-{
-    m_hierarchyDelegate = nullptr;
-    m_serializeDelegate = nullptr;
-    m_conversionDelegate = nullptr;
-    m_comparisonDelegate = nullptr;
+    return delegate(&ObjectDelegates::comparison);
 }
 
 int Object::numChildren() const
@@ -372,7 +411,8 @@ ConversionDelegate *Object::conversionDelegate(int capability) const
 SharedPtr<Object> Object::convertedToPrimitive(int classId) const
 {
     const Class *primitive = Inspector::self()->type(classId);
-    if (!primitive || !m_class->canConvertTo(primitive, m_attribute.isPointer(), true, nullptr)) {
+    const bool isPointer = m_attributeFlags & ObjectAttribute::PointerFlag;
+    if (!primitive || !m_class->canConvertTo(primitive, isPointer, true, nullptr)) {
         return {};
     }
     SharedPtr<Object> converted = m_class->convertTo(self(), primitive, true);
@@ -509,6 +549,68 @@ QString Object::propertiesToDebugString()
         }
     }
     return text + QLatin1String(" } : ") + className();
+}
+
+void ObjectAccess::tie(Object *view, Object *origin)
+{
+    if (view == origin || !origin->m_data) {
+        return;
+    }
+    const SharedPtr<DataHolder> &added = origin->holder();
+    if (!view->m_holder) {
+        view->m_holder = added;
+    } else if (view->m_holder != added) {
+        view->m_holder = SharedPtr<DataHolder>(new DataHolder(view->m_holder, added));
+    }
+    view->m_hasRoom = origin->m_hasRoom && view->m_data == origin->m_data;
+}
+
+namespace {
+
+/** Whether a call can give back a reference to what it gets for the argument. */
+bool isReferredTo(const Argument &declared)
+{
+    const bool isIndirect = declared.isReference() || declared.isPointer();
+    // Constant numbers and texts are passed as copies.
+    const bool isCopied = primitiveKind(declared.type()) != PrimitiveKind::None
+        && (declared.isConst1() || declared.isPointer());
+    return isIndirect && !isCopied;
+}
+
+} // namespace
+
+void ObjectAccess::tie(Object *result, Object *object, const Signature &signature,
+                       const ObjectList &arguments)
+{
+    QVarLengthArray<Object *, 8> origins;
+    if (object) {
+        origins.append(object);
+    }
+    auto argument = arguments.begin();
+    for (const Argument &declared : signature.arguments()) {
+        if (argument != arguments.end() && *argument && isReferredTo(declared)) {
+            origins.append(argument->get());
+        }
+        argument += argument != arguments.end();
+    }
+    // What is one of them needs no other: results that are the object itself, call after call,
+    // would keep all the arguments that there ever were.
+    const auto same = std::find_if(origins.begin(), origins.end(), [result](const Object *origin) {
+        return origin->m_data == result->m_data;
+    });
+    if (same != origins.end()) {
+        tie(result, *same);
+        return;
+    }
+    for (Object *origin : origins) {
+        tie(result, origin);
+    }
+}
+
+void ObjectAccess::setClass(Object *object, const Class *c)
+{
+    object->m_class = c;
+    object->clearDelegates();
 }
 
 ObjectList::ObjectList() = default;

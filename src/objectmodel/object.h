@@ -1,6 +1,7 @@
 #ifndef VANTREL_OBJECT_H
 #define VANTREL_OBJECT_H
 
+#include "objectmodel/blockpool.h"
 #include "objectmodel/export.h"
 #include "objectmodel/members.h"
 #include "objectmodel/serializable.h"
@@ -16,7 +17,9 @@ namespace Vantrel {
 class Class;
 class ComparisonDelegate;
 class ConversionDelegate;
-class EventHandlerRegistry;
+class DataHolder;
+class ObjectAccess;
+struct ObjectDelegates;
 class ObjectHierarchyDelegate;
 class ObjectList;
 class SerializeDelegate;
@@ -42,6 +45,12 @@ protected:
  * A handle is live (it has data), null (no data) or invalidated (its data is
  * gone and its class is "Dead", for good). It owns its data only when told so
  * by setAutoDelete(), and always owns its user data.
+ *
+ * Several handles can see the same data or parts of it: reference(),
+ * dereference(), conversions to an ancestor or an interface, and results by
+ * reference make views, which own nothing but keep alive what they look into.
+ * Data that a handle owns is then freed once, when the last of them is gone or
+ * has turned to other data.
  */
 class VANTREL_EXPORT Object : public Shared, public Serializable
 {
@@ -113,7 +122,10 @@ public:
 
     /** Stores the data pointer in @p data. */
     void get(void **data) const { *data = m_data; }
-    /** Replaces the data; user data is deleted, and so is the old data if owned. */
+    /**
+     * Replaces the data. User data is deleted, and so is the old data if owned,
+     * as soon as no other handle sees it. The new data is owned as the old was.
+     */
     void put(void *data);
 
     void setAutoDelete(bool autoDelete) { m_autoDelete = autoDelete; }
@@ -144,7 +156,7 @@ public:
     void readObject(QDataStream &stream) override;
 
 protected:
-    void setObjectAttribute(const ObjectAttribute &attribute) { m_attribute = attribute; }
+    void setObjectAttribute(const ObjectAttribute &attribute);
     void *data() const { return m_data; }
     /** Exchanges the data pointer alone: nothing is freed and user data stays. */
     void setData(void *data) { m_data = data; }
@@ -152,20 +164,7 @@ protected:
     void put(void *data, const Class *former);
 
 private:
-    friend class Class;
-    friend class EventHandlerRegistry;
-
-    /** How a handle ends: with its thing still there, or because that is gone. */
-    enum class End { Destroyed, Invalidated };
-    /** Of one handle alone; its copies are not watched. */
-    struct Watch
-    {
-        Watch() = default;
-        Watch(const Watch &) {}
-        Watch &operator=(const Watch &) { return *this; }
-        bool on = false;
-    };
-    using EndHook = void (*)(Object *object, End end);
+    friend class ObjectAccess;
 
     SharedPtr<Object> self() const
     {
@@ -173,14 +172,17 @@ private:
     }
     bool isDerivedFrom(const Class *c) const;
     void generateIndex() const;
+    void tellEnd(bool isInvalidated);
+    template <class D>
+    D *delegate(D *ObjectDelegates::*kind) const;
     ObjectHierarchyDelegate *setupHierarchyDelegate() const;
     SerializeDelegate *setupSerializeDelegate() const;
     ConversionDelegate *setupConversionDelegate() const;
     ComparisonDelegate *setupComparisonDelegate() const;
-    void clearDelegates();
-    /** Makes this handle, which shares the data of @p origin, keep that data alive. */
-    void setOrigin(const SharedPtr<Object> &origin);
-    void releaseData(const Class *c);
+    void clearDelegates() { m_delegates = nullptr; }
+    const SharedPtr<DataHolder> &holder();
+    void letGoOfData(const Class *freedBy);
+    SharedPtr<Object> viewed(const ObjectAttribute &attribute);
     ConversionDelegate *conversionDelegate(int capability) const;
     SharedPtr<Object> convertedToPrimitive(int classId) const;
     template <class Value, class Read>
@@ -190,34 +192,28 @@ private:
     void *m_data;
     UserData *m_userData = nullptr;
     const Class *m_class;
-    ObjectAttribute m_attribute;
-    mutable ObjectHierarchyDelegate *m_hierarchyDelegate = nullptr;
-    mutable SerializeDelegate *m_serializeDelegate = nullptr;
-    mutable ConversionDelegate *m_conversionDelegate = nullptr;
-    mutable ComparisonDelegate *m_comparisonDelegate = nullptr;
+    // The attribute without the virtual table that every ObjectAttribute has.
+    qint32 m_attributeFlags;
+    qint32 m_arrayLength;
+    /** What keeps the data for all handles that see it; null while there is only this one. */
+    SharedPtr<DataHolder> m_holder;
+    /** Those of the class when the first was asked for; null before. */
+    mutable const ObjectDelegates *m_delegates = nullptr;
     mutable quint32 m_index = 0xFFFFFFFFu;
     bool m_autoDelete : 1;
     bool m_invalid : 1;
-    /** Whether other handles may share the data. */
-    bool m_isViewed : 1;
-    Watch m_watch;
-    /** Whose data this handle shares, or what keeps replaced data for those that shared it. */
-    SharedPtr<Object> m_origin;
-
-    /**
-     * Told of the end of watched handles, so that what others keep under the
-     * index of a handle ends with it and need not keep it alive.
-     */
-    static EndHook s_endHook;
+    /** Whether the data was made with room for what handles of any shape may write to it. */
+    bool m_hasRoom : 1;
 };
 
 /** The arguments of a call, the children of an object: handles in order. */
 class VANTREL_EXPORT ObjectList
 {
 public:
+    using Items = std::vector<SharedPtr<Object>, PoolAllocator<SharedPtr<Object>>>;
     using value_type = SharedPtr<Object>;
-    using iterator = std::vector<SharedPtr<Object>>::iterator;
-    using const_iterator = std::vector<SharedPtr<Object>>::const_iterator;
+    using iterator = Items::iterator;
+    using const_iterator = Items::const_iterator;
 
     ObjectList();
     ObjectList(std::initializer_list<SharedPtr<Object>> items);
@@ -257,7 +253,7 @@ public:
     void swap(ObjectList &other) noexcept { m_items.swap(other.m_items); }
 
 private:
-    std::vector<SharedPtr<Object>> m_items;
+    Items m_items;
 };
 
 } // namespace Vantrel

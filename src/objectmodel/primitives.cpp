@@ -1,8 +1,10 @@
 #include "objectmodel/primitives.h"
 
 #include "objectmodel/arguments_p.h"
+#include "objectmodel/blockpool.h"
 #include "objectmodel/diagnostics_p.h"
 #include "objectmodel/inspector.h"
+#include "objectmodel/object_p.h"
 #include "objectmodel/primitives_p.h"
 #include "objectmodel/primitivevalue_p.h"
 
@@ -10,6 +12,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <type_traits>
@@ -41,7 +44,9 @@ QByteArray readText(QDataStream &stream, bool *isNull)
         const int wanted = static_cast<int>(qMin(length, chunk));
         const int size = bytes.size();
         bytes.resize(size + wanted);
-        if (stream.readRawData(bytes.data() + size, wanted) != wanted) {
+        const int read = stream.readRawData(bytes.data() + size, wanted);
+        if (read != wanted) {
+            bytes.truncate(size + qMax(0, read));
             stream.setStatus(QDataStream::ReadPastEnd);
         }
         length -= static_cast<quint32>(wanted);
@@ -81,11 +86,36 @@ ObjectAttribute naturalAttribute(Kind kind)
     return kind == Kind::Char ? ObjectAttribute::Pointer() : ObjectAttribute::Value();
 }
 
+/** A handle of the class @p c, which is of that kind. */
+SharedPtr<Object> newHandle(Kind kind, void *data, const Class *c, const ObjectAttribute &attribute)
+{
+    switch (kind) {
+    case Kind::Short:
+        return SharedPtr<Object>(new VantrelObject_short(data, c, attribute));
+    case Kind::Int:
+        return SharedPtr<Object>(new VantrelObject_int(data, c, attribute));
+    case Kind::Long:
+        return SharedPtr<Object>(new VantrelObject_long(data, c, attribute));
+    case Kind::Bool:
+        return SharedPtr<Object>(new VantrelObject_bool(data, c, attribute));
+    case Kind::Char:
+        return SharedPtr<Object>(new VantrelObject_char(data, c, attribute));
+    case Kind::Double:
+        return SharedPtr<Object>(new VantrelObject_double(data, c, attribute));
+    case Kind::Int64:
+        return SharedPtr<Object>(new VantrelObject_int64(data, c, attribute));
+    default:
+        return SharedPtr<Object>(new VantrelObject_void(data, c, attribute));
+    }
+}
+
+/** A handle that owns @p data, which was made by PrimitiveValue. */
 SharedPtr<Object> owned(const Class *c, void *data, const ObjectAttribute &attribute)
 {
     SharedPtr<Object> result = c->wrap(data, attribute);
     if (result) {
         result->setAutoDelete(true);
+        ObjectAccess::setRoom(result.get());
     } else {
         Value(primitiveKind(c), data, attribute).deallocate();
     }
@@ -94,7 +124,8 @@ SharedPtr<Object> owned(const Class *c, void *data, const ObjectAttribute &attri
 
 SharedPtr<Object> newText(const Class *c, const QByteArray &text)
 {
-    return owned(c, qstrdup(text.constData()), ObjectAttribute::Pointer());
+    return owned(c, Value::newText(text.constData(), std::size_t(text.size())),
+                 ObjectAttribute::Pointer());
 }
 
 SharedPtr<Object> newCharacter(const Class *c, qint8 character)
@@ -103,6 +134,12 @@ SharedPtr<Object> newCharacter(const Class *c, qint8 character)
     value.setData(value.allocate());
     value.storeCharacter(character);
     return owned(c, value.data(), ObjectAttribute::Value());
+}
+
+template <class T>
+void *newData(T value)
+{
+    return new (BlockPool::take(sizeof(T))) T(value);
 }
 
 /** A new object of class @p c with the value of @p source, which has data. */
@@ -114,16 +151,24 @@ SharedPtr<Object> copied(const Class *c, const Value &source, const ObjectAttrib
                                      : newCharacter(c, source.firstCharacter());
     }
     return withNative(kind, [&](auto native) {
-        using T = typename decltype(native)::Type;
-        return owned(c, new T(source.number<T>()), attribute);
+        return owned(c, newData(source.number<typename decltype(native)::Type>()), attribute);
     });
+}
+
+/** The same for a class of the library, which needs not be asked. */
+SharedPtr<Object> ownedByKind(Kind kind, void *data, const ObjectAttribute &attribute)
+{
+    SharedPtr<Object> result = newHandle(kind, data, classOf(kind), attribute);
+    result->setAutoDelete(true);
+    ObjectAccess::setRoom(result.get());
+    return result;
 }
 
 /** A new object for a value of the native type T that the class of @p kind has. */
 template <class T>
 SharedPtr<Object> newNumber(Kind kind, T value)
 {
-    return owned(classOf(kind), new T(value), ObjectAttribute::Value());
+    return ownedByKind(kind, newData(value), ObjectAttribute::Value());
 }
 
 } // namespace
@@ -131,6 +176,11 @@ SharedPtr<Object> newNumber(Kind kind, T value)
 SharedPtr<Object> makePrimitive(bool value)
 {
     return newNumber<bool>(Kind::Bool, value);
+}
+
+SharedPtr<Object> makePrimitive(short value)
+{
+    return newNumber<qint16>(Kind::Short, value);
 }
 
 SharedPtr<Object> makePrimitive(int value)
@@ -153,14 +203,20 @@ SharedPtr<Object> makePrimitive(double value)
     return newNumber<double>(Kind::Double, value);
 }
 
+SharedPtr<Object> makePrimitive(char value)
+{
+    return newCharacter(classOf(Kind::Char), value);
+}
+
 SharedPtr<Object> makePrimitive(const char *value)
 {
-    return owned(classOf(Kind::Char), qstrdup(value), ObjectAttribute::Pointer());
+    char *text = value ? Value::newText(value, std::strlen(value)) : nullptr;
+    return ownedByKind(Kind::Char, text, ObjectAttribute::Pointer());
 }
 
 SharedPtr<Object> makePrimitive(const QString &value)
 {
-    return newText(classOf(Kind::Char), value.toUtf8());
+    return ownedByKind(Kind::Char, Value::newText(value), ObjectAttribute::Pointer());
 }
 
 SharedPtr<Object> makePrimitive(const QStringList &value)
@@ -169,9 +225,17 @@ SharedPtr<Object> makePrimitive(const QStringList &value)
                                     value.size());
     auto **texts = static_cast<char **>(Value(Kind::Char, nullptr, attribute).allocate());
     for (int i = 0; i < value.size(); ++i) {
-        texts[i] = qstrdup(value.at(i).toUtf8().constData());
+        texts[i] = Value::newText(value.at(i));
     }
-    return owned(classOf(Kind::Char), texts, attribute);
+    return ownedByKind(Kind::Char, texts, attribute);
+}
+
+SharedPtr<Object> makeNull(const Class *c)
+{
+    const Kind kind = primitiveKind(c);
+    return Value::hasStorage(kind)
+        ? newHandle(kind, nullptr, c, ObjectAttribute::Pointer())
+        : SharedPtr<Object>(new Object(nullptr, c, ObjectAttribute::Pointer()));
 }
 
 PrimitiveClass::PrimitiveClass(const char *name, int numConstructors)
@@ -192,24 +256,7 @@ PrimitiveClass::~PrimitiveClass()
 
 SharedPtr<Object> PrimitiveClass::wrap(void *data, const ObjectAttribute &attribute)
 {
-    switch (kind()) {
-    case Kind::Short:
-        return new VantrelObject_short(data, this, attribute);
-    case Kind::Int:
-        return new VantrelObject_int(data, this, attribute);
-    case Kind::Long:
-        return new VantrelObject_long(data, this, attribute);
-    case Kind::Bool:
-        return new VantrelObject_bool(data, this, attribute);
-    case Kind::Char:
-        return new VantrelObject_char(data, this, attribute);
-    case Kind::Double:
-        return new VantrelObject_double(data, this, attribute);
-    case Kind::Int64:
-        return new VantrelObject_int64(data, this, attribute);
-    default:
-        return new VantrelObject_void(data, this, attribute);
-    }
+    return newHandle(kind(), data, this, attribute);
 }
 
 SharedPtr<Object> PrimitiveClass::construct(int index, void **arguments)
@@ -460,6 +507,31 @@ SharedPtr<Object> PrimitiveObject::castTo(const Class *target)
     return result;
 }
 
+/** A byte, or the beginning of an empty text, may be all that there is in memory. */
+SharedPtr<Object> PrimitiveObject::reference()
+{
+    const Value value = Value::of(this);
+    const bool endsHere = value.shape() == Value::Character && !ObjectAccess::hasRoom(this);
+    return endsHere && value.data() ? copied(type(), value, ObjectAttribute::Pointer())
+                                    : Object::reference();
+}
+
+SharedPtr<Object> PrimitiveObject::dereference()
+{
+    const Value value = Value::of(this);
+    const bool isIndirect = objectAttribute().isPointer() && !objectAttribute().isReference();
+    if (!isIndirect || !value.isReadable()) {
+        return Object::dereference();
+    }
+    const bool isEmpty = value.count() == 0 || (value.shape() == Value::Text && !*value.loadText(0));
+    if (value.shape() == Value::List || (isEmpty && !ObjectAccess::hasRoom(this))) {
+        // Its first element, since there is no data that both could use.
+        return copied(type(), value, ObjectAttribute::Value());
+    }
+    ObjectAccess::setRoom(this);
+    return Object::dereference();
+}
+
 /**
  * Puts @p data and owns it; the old data is of class @p former. The value
  * changes, but not what clients attached to the handle.
@@ -471,12 +543,13 @@ void PrimitiveObject::replaceData(void *data, const Class *former)
     put(data, former);
     setUserData(kept);
     setAutoDelete(true);
+    ObjectAccess::setRoom(this);
 }
 
-void PrimitiveObject::setText(const QByteArray &text)
+void PrimitiveObject::setText(char *text)
 {
     const bool wasList = Value::of(this).shape() == Value::List;
-    replaceData(qstrdup(text.constData()), type());
+    replaceData(text, type());
     if (wasList) {
         const int flags = objectAttribute().getFlags() & ~ObjectAttribute::ArrayFlag;
         setObjectAttribute(ObjectAttribute(flags));
@@ -491,7 +564,7 @@ void PrimitiveObject::setValue(const T &value)
         return;
     }
     if (current.isText()) {
-        setText(PrimitiveConversion::toText(value).toUtf8());
+        setText(Value::newText(PrimitiveConversion::toText(value)));
         return;
     }
     ensureData(&current);
@@ -540,7 +613,8 @@ void PrimitiveObject::streamTexts(QDataStream &stream)
     for (int i = 0; i < value.count() && stream.status() == QDataStream::Ok; ++i) {
         bool isNull = false;
         const QByteArray bytes = readText(stream, &isNull);
-        texts.emplace_back(isNull ? nullptr : qstrdup(bytes.constData()));
+        const char *text = bytes.constData(); // as far as the first NUL
+        texts.emplace_back(isNull ? nullptr : Value::newText(text, std::strlen(text)));
     }
     if (stream.status() != QDataStream::Ok) {
         return;

@@ -145,11 +145,18 @@ public:
      * data it does not own is left alone.
      */
     SharedPtr<Object> castTo(const Class *target) override;
+    /** Of a single character whose end as a text is not known, a text of its own. */
+    SharedPtr<Object> reference() override;
+    /**
+     * Of a list of texts a single character of its own, the first of its first
+     * text; and a value of its own where there is no known room for one.
+     */
+    SharedPtr<Object> dereference() override;
 
 private:
     void replaceData(void *data, const Class *former);
     void ensureData(PrimitiveValue *value);
-    void setText(const QByteArray &text);
+    void setText(char *text);
     template <class T>
     void setValue(const T &value);
     template <class T>

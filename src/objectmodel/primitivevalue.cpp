@@ -1,5 +1,6 @@
 #include "objectmodel/primitivevalue_p.h"
 
+#include "objectmodel/blockpool.h"
 #include "objectmodel/class.h"
 #include "objectmodel/object.h"
 
@@ -118,17 +119,52 @@ PrimitiveValue::Shape PrimitiveValue::shapeOf(PrimitiveKind kind, const ObjectAt
     return attribute.isPointer() || attribute.isArray() ? Text : Character;
 }
 
+char *PrimitiveValue::newText(std::size_t size)
+{
+    // A pointer to an empty text can be written to as a character and still be a text.
+    const std::size_t room = std::max(size, std::size_t(1)) + 1;
+    char *text = new char[room];
+    std::memset(text + size, 0, room - size);
+    return text;
+}
+
+char *PrimitiveValue::newText(const char *bytes, std::size_t size)
+{
+    char *text = newText(size);
+    std::memcpy(text, bytes, size);
+    return text;
+}
+
+char *PrimitiveValue::newText(const QString &text)
+{
+    const ushort *characters = text.utf16();
+    const std::size_t size = std::size_t(text.size());
+    ushort all = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        all |= characters[i];
+    }
+    if (all >= 0x80) {
+        const QByteArray bytes = text.toUtf8();
+        return newText(bytes.constData(), std::size_t(bytes.size()));
+    }
+    // Most texts are ASCII, which needs no conversion.
+    char *bytes = newText(size);
+    std::transform(characters, characters + size, bytes,
+                   [](ushort character) { return static_cast<char>(character); });
+    return bytes;
+}
+
 void *PrimitiveValue::allocate() const
 {
     // A pointer to an empty array can be dereferenced as well.
     const int room = qMax(1, m_count);
     switch (m_shape) {
     case Character:
-        // The second NUL is for native code that takes any char pointer for a text. Not an
+        // The second byte ends the text that a pointer to the character stands for. Not an
         // array, so that a single character can come from `new char` as well.
         return std::memset(::operator new(2), 0, 2);
     case Text:
-        return new char[1]();
+        return newText(0);
     case List:
         return new char *[room]();
     default:
@@ -136,7 +172,10 @@ void *PrimitiveValue::allocate() const
     }
     return withNative(m_kind, [this, room](auto native) -> void * {
         using T = typename decltype(native)::Type;
-        return m_shape == Array ? new T[room]() : new T();
+        if (m_shape == Array) {
+            return new T[room]();
+        }
+        return new (BlockPool::take(sizeof(T))) T();
     });
 }
 
@@ -160,7 +199,7 @@ void PrimitiveValue::deallocate() const
         if (m_shape == Array) {
             delete[] static_cast<T *>(m_data);
         } else {
-            delete static_cast<T *>(m_data);
+            BlockPool::give(m_data, sizeof(T));
         }
     });
 }
@@ -169,9 +208,7 @@ void *PrimitiveValue::reinterpretedAs(PrimitiveValue target) const
 {
     const std::size_t available = numBytes();
     if (target.m_shape == Text) {
-        target.m_data = new char[available + 1]();
-        std::memcpy(target.m_data, m_data, available);
-        return target.m_data;
+        return newText(static_cast<const char *>(m_data), available);
     }
     target.m_data = target.allocate();
     if (target.m_shape == List) {

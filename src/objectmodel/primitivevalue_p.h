@@ -168,8 +168,16 @@ public:
     bool hasStorage() const { return hasStorage(m_kind); }
     bool isReadable() const { return m_data && hasStorage(); }
 
-    /** New storage for a value of this kind and shape: zero, empty text, null texts. */
+    /**
+     * New storage for a value of this kind and shape: zero, empty text, null
+     * texts. Like every storage made here it has room for what handles of the
+     * other shapes do with it: a character and every text end in NUL, an array
+     * has at least one element, and a text can become one character.
+     */
     void *allocate() const;
+    /** A new text with the bytes of UTF-8 at @p bytes. */
+    static char *newText(const char *bytes, std::size_t size);
+    static char *newText(const QString &text);
     void deallocate() const;
     /** New storage for the kind and shape of @p target with the bytes of this value. */
     void *reinterpretedAs(PrimitiveValue target) const;
@@ -234,6 +242,8 @@ private:
     /** Bytes that castTo() can take from or put into this value. */
     std::size_t numBytes() const;
     void fillWithEmptyTexts() const;
+    /** For @p size bytes that are still to be written, and the NUL behind them. */
+    static char *newText(std::size_t size);
     void normalizeBooleans() const;
 
     PrimitiveKind m_kind;

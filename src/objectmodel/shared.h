@@ -6,6 +6,7 @@
 #include <QtGlobal>
 
 #include <cstddef>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -17,6 +18,7 @@ class SharedPtr;
 /**
  * Base of everything that a SharedPtr can hold: one plain reference count,
  * which is not atomic. A copy of a Shared takes over the count of its source.
+ * Memory comes from the BlockPool.
  */
 class VANTREL_EXPORT Shared
 {
@@ -26,6 +28,13 @@ public:
     Shared &operator=(const Shared &) = default;
     virtual ~Shared();
 
+    static void *operator new(std::size_t size);
+    static void *operator new(std::size_t size, std::align_val_t alignment);
+    static void *operator new(std::size_t, void *place) noexcept { return place; }
+    static void operator delete(void *block, std::size_t size) noexcept;
+    static void operator delete(void *block, std::size_t size, std::align_val_t alignment) noexcept;
+    static void operator delete(void *, void *) noexcept {}
+
     /** Number of SharedPtr that hold this object; 0 after construction. */
     quint32 referenceCount() const { return m_count; }
 
@@ -34,17 +43,27 @@ private:
     friend class SharedPtr;
 
     void retain() const { ++m_count; }
+    void own() const
+    {
+        ++m_count;
+        m_isBorrowed = false;
+    }
+    void borrow() const
+    {
+        m_isBorrowed = m_isBorrowed || m_count == 0;
+        ++m_count;
+    }
     void release() const
     {
         if (--m_count == 0) {
             lastReferenceReleased();
         }
     }
-    void borrow() const { m_borrowed = m_borrowed || m_count == 0; }
     void lastReferenceReleased() const;
 
     mutable quint32 m_count = 0;
-    mutable bool m_borrowed = false;
+    /** Whether nobody but a SharedPtr::borrowed() and its copies ever held the object. */
+    mutable bool m_isBorrowed = false;
 };
 
 /**
@@ -58,7 +77,13 @@ class SharedPtr
 public:
     SharedPtr() = default;
     SharedPtr(std::nullptr_t) {}
-    SharedPtr(T *pointer) : m_pointer(pointer) { retain(); }
+    /** Makes whoever holds the SharedPtr and its copies the owner of @p pointer, which may be null. */
+    explicit SharedPtr(T *pointer) : m_pointer(pointer)
+    {
+        if (m_pointer) {
+            shared()->own();
+        }
+    }
     SharedPtr(const SharedPtr &other) : m_pointer(other.m_pointer) { retain(); }
     SharedPtr(SharedPtr &&other) noexcept : m_pointer(std::exchange(other.m_pointer, nullptr)) {}
     template <class U, class = std::enable_if_t<std::is_convertible_v<U *, T *>>>
@@ -76,15 +101,18 @@ public:
 
     /**
      * A handle for an object that perhaps nobody holds yet, which is what an
-     * object needs to name itself. When the count is 0, the object stays its
-     * creator's: handles made this way do not delete it when they go.
+     * object needs to name itself. While the only handles are of this kind and
+     * copies of them, the object stays its creator's and is not deleted when
+     * they go; one that is made of the bare pointer in between takes it over.
      */
     static SharedPtr borrowed(T *pointer)
     {
+        SharedPtr result;
+        result.m_pointer = pointer;
         if (pointer) {
-            pointer->borrow();
+            result.shared()->borrow();
         }
-        return SharedPtr(pointer);
+        return result;
     }
 
     T *get() const { return m_pointer; }
@@ -97,16 +125,18 @@ public:
     void swap(SharedPtr &other) noexcept { std::swap(m_pointer, other.m_pointer); }
 
 private:
+    /** By the base, since T may have operations of these names, too. */
+    const Shared *shared() const { return m_pointer; }
     void retain() const
     {
         if (m_pointer) {
-            m_pointer->retain();
+            shared()->retain();
         }
     }
     void release() const
     {
         if (m_pointer) {
-            m_pointer->release();
+            shared()->release();
         }
     }
 

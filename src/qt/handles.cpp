@@ -189,7 +189,8 @@ Handle *Handle::of(const SharedPtr<Object> &object)
 
 SharedPtr<Object> newHandle(QObject *object, const Class *c, const ObjectAttribute &attribute)
 {
-    return new Handle(object ? HandleRegistry::self()->ensure(object) : nullptr, c, attribute);
+    return SharedPtr<Object>(
+        new Handle(object ? HandleRegistry::self()->ensure(object) : nullptr, c, attribute));
 }
 
 SharedPtr<Object> handleOf(QObject *object)
@@ -208,7 +209,7 @@ SharedPtr<Object> handleOf(QObject *object, const Class *type)
     if (HandleRecord *record = HandleRegistry::self()->find(object)) {
         for (Handle *handle : record->handles) {
             if (handle->type() == type && handle->isCanonical()) {
-                return handle;
+                return SharedPtr<Object>(handle);
             }
         }
     }

@@ -48,7 +48,7 @@ public:
     {
         void *data = nullptr;
         object->get(&data);
-        return new Object(data, target, ObjectAttribute());
+        return SharedPtr<Object>(new Object(data, target, ObjectAttribute()));
     }
 };
 

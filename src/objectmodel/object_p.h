@@ -1,0 +1,71 @@
+#ifndef VANTREL_OBJECT_P_H
+#define VANTREL_OBJECT_P_H
+
+#include "objectmodel/object.h"
+
+namespace Vantrel {
+
+/**
+ * Called when a handle ends that was asked for its index, or is assigned to,
+ * so that what others keep under that index ends with it: at its destruction,
+ * with its thing still there, or when it is invalidated. Null while nobody
+ * keeps anything.
+ */
+extern void (*objectEnded)(Object *object, bool isInvalidated);
+
+/** What the other sources of the library do to handles beyond their public operations. */
+class ObjectAccess
+{
+public:
+    /** Whether nobody else has it, unlike a handle that wrap() gave again. */
+    static bool isNew(const SharedPtr<Object> &handle) { return handle->referenceCount() == 1; }
+    /** Whether it is new and has data that it does not own. @p handle may be null. */
+    static bool isView(const SharedPtr<Object> &handle)
+    {
+        return handle && isNew(handle) && handle->m_data && !handle->m_autoDelete;
+    }
+    /**
+     * Makes @p view, which sees the data of @p origin or a part of it, keep that
+     * data alive. Both may be null; what is no view is left alone.
+     */
+    static void share(const SharedPtr<Object> &view, const SharedPtr<Object> &origin)
+    {
+        if (isView(view) && origin) {
+            tie(view.get(), origin.get());
+        }
+    }
+    /**
+     * The same for the result of a call on @p object: what it refers to may
+     * belong to the object, or to an argument that the call could refer to.
+     */
+    static void share(const SharedPtr<Object> &result, const SharedPtr<Object> &object,
+                      const Signature &signature, const ObjectList &arguments)
+    {
+        if (isView(result)) {
+            tie(result.get(), object.get(), signature, arguments);
+        }
+    }
+    /** Only for a new handle, whose data the other class can use. */
+    static void setClass(Object *object, const Class *c);
+    /** For a new handle that takes the place of one that ended. */
+    static void setIndex(Object *object, quint32 index) { object->m_index = index; }
+    /** The index, if the handle has one. */
+    static quint32 knownIndex(const Object *object) { return object->m_index; }
+    /** Whether the data was made here, with room for what handles of any shape may write to it. */
+    static bool hasRoom(const Object *object) { return object->m_hasRoom; }
+    static void setRoom(Object *object) { object->m_hasRoom = true; }
+    static ComparisonDelegate *comparisonDelegate(const Object *object)
+    {
+        return object->setupComparisonDelegate();
+    }
+
+private:
+    friend class Object;
+    static void tie(Object *view, Object *origin);
+    static void tie(Object *result, Object *object, const Signature &signature,
+                    const ObjectList &arguments);
+};
+
+} // namespace Vantrel
+
+#endif // VANTREL_OBJECT_P_H
