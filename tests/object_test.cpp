@@ -269,6 +269,8 @@ TEST(Object, AsksItsHierarchyDelegate)
     EXPECT_EQ(7, object->wrapperType());
     new TwoLevels("OtTree");
     EXPECT_EQ(3, object->numChildren());
+    object->castTo(&c);
+    EXPECT_EQ(3, object->numChildren()) << "nothing to cast";
     const SharedPtr<Object> fresh(new Object(&value, &c, ObjectAttribute()));
     EXPECT_EQ(0, fresh->numChildren());
     delegate->items.clear();

@@ -131,7 +131,7 @@ bool areAsDeclared(const ObjectList &values, const Signature &signature)
     auto value = values.begin();
     for (const Argument &declared : signature.arguments()) {
         const SharedPtr<Object> &given = *value++;
-        const bool accepted = declared.takesAnyObject()
+        const bool accepted = plainData(given, declared) || declared.takesAnyObject()
             || (given && given->isA(declared.type()) && fits(given, declared));
         if (!accepted) {
             return false;

@@ -1,7 +1,7 @@
 #ifndef VANTREL_ARGUMENTS_P_H
 #define VANTREL_ARGUMENTS_P_H
 
-#include "objectmodel/object.h"
+#include "objectmodel/object_p.h"
 
 #include <QString>
 #include <QVarLengthArray>
@@ -48,6 +48,17 @@ SharedPtr<Object> adapted(const SharedPtr<Object> &value, const Argument &declar
  * declared shape as it stands. A null object fits a pointer only.
  */
 bool fits(const SharedPtr<Object> &value, const Argument &declared);
+/**
+ * The data of a single number that can be passed as it stands, which is what
+ * most arguments are; null for all others, which need the checks above.
+ */
+inline void *plainData(const SharedPtr<Object> &value, const Argument &declared)
+{
+    const Object *object = value.get();
+    const bool isPlain = object && object->type() == declared.type()
+        && ObjectAccess::isPlainNumber(object) && !declared.isArray();
+    return isPlain ? ObjectAccess::data(object) : nullptr;
+}
 /** Whether values, as many as @p signature has arguments, can all be passed as they stand. */
 bool areAsDeclared(const ObjectList &values, const Signature &signature);
 

@@ -45,10 +45,10 @@ KeptBlocks keptBlocks[step + largestSize / step];
 /** Exact, because a block that was made elsewhere is no larger than its size. */
 KeptBlocks *blocksOfSize(std::size_t size)
 {
-    if (size < step) {
-        return &keptBlocks[size];
+    if (size >= step && size <= largestSize && size % step == 0) {
+        return &keptBlocks[step - 1 + size / step];
     }
-    return size <= largestSize && size % step == 0 ? &keptBlocks[step - 1 + size / step] : nullptr;
+    return size < step ? &keptBlocks[size] : nullptr;
 }
 
 } // namespace
@@ -61,7 +61,7 @@ void *BlockPool::take(std::size_t size)
 
 void BlockPool::give(void *block, std::size_t size) noexcept
 {
-    KeptBlocks *kept = block ? blocksOfSize(size) : nullptr;
+    KeptBlocks *kept = blocksOfSize(size);
     if (kept && kept->count < mostKept) {
         kept->blocks[kept->count++] = block;
     } else {

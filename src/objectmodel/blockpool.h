@@ -22,7 +22,7 @@ class VANTREL_EXPORT BlockPool
 {
 public:
     static void *take(std::size_t size);
-    /** @p size is that of the request; null is allowed. */
+    /** @p block must not be null; @p size is that of the request. */
     static void give(void *block, std::size_t size) noexcept;
 };
 

@@ -108,8 +108,8 @@ constexpr std::size_t fewArguments = 8;
 /** The data of a value that is simply one of the declared type; else null. */
 void *usualData(const SharedPtr<Object> &value, const Argument &declared)
 {
-    void *data = nullptr;
-    if (value && value->isA(declared.type()) && fits(value, declared)) {
+    void *data = plainData(value, declared);
+    if (!data && value && value->isA(declared.type()) && fits(value, declared)) {
         value->get(&data);
     }
     return data;

@@ -88,7 +88,9 @@ bool acceptsUnconverted(const Method *method, const ObjectList &arguments)
     auto argument = arguments.begin();
     for (const Argument &declared : method->signature().arguments()) {
         const SharedPtr<Object> &given = *argument++;
-        if (!given || given->isNull() || !given->isA(declared.type())) {
+        const bool accepted = plainData(given, declared)
+            || (given && !given->isNull() && given->isA(declared.type()));
+        if (!accepted) {
             return false;
         }
     }

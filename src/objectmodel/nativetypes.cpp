@@ -215,9 +215,10 @@ SharedPtr<Object> NativeTypes::ownedText(const char *text)
     return Inspector::self()->createPrimitive(text);
 }
 
-SharedPtr<Object> NativeTypes::ownedText(const QString &text)
+SharedPtr<Object> NativeTypes::ownedText(const Class *type, const QString &text)
 {
-    return Inspector::self()->createPrimitive(text);
+    return type == primitiveClass(PrimitiveKind::Char) ? makePrimitive(text)
+                                                       : Inspector::self()->createPrimitive(text);
 }
 
 SharedPtr<Object> NativeTypes::ownedTexts(const QStringList &texts)

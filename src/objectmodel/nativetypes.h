@@ -94,7 +94,7 @@ VANTREL_EXPORT SharedPtr<Object> viewed(const Class *type, const void *data, int
  */
 VANTREL_EXPORT const Class *mostDerived(const Class *declared, const std::type_info &info);
 VANTREL_EXPORT SharedPtr<Object> ownedText(const char *text);
-VANTREL_EXPORT SharedPtr<Object> ownedText(const QString &text);
+VANTREL_EXPORT SharedPtr<Object> ownedText(const Class *type, const QString &text);
 VANTREL_EXPORT SharedPtr<Object> ownedTexts(const QStringList &texts);
 VANTREL_EXPORT SharedPtr<Object> ownedArray(const std::vector<SharedPtr<Object>> &items);
 VANTREL_EXPORT SharedPtr<Object> ownedMap(const std::map<QString, SharedPtr<Object>> &items);
@@ -322,7 +322,10 @@ struct Value<QString> : Text<QString, true>
     {
         return QString::fromUtf8(static_cast<const char *>(data));
     }
-    static SharedPtr<Object> make(const QString &value, const Class *) { return ownedText(value); }
+    static SharedPtr<Object> make(const QString &value, const Class *type)
+    {
+        return ownedText(type, value);
+    }
 };
 
 template <>

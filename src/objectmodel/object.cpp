@@ -124,6 +124,7 @@ Object &Object::operator=(const Object &other)
     m_autoDelete = other.m_autoDelete;
     m_invalid = other.m_invalid;
     m_hasRoom = other.m_hasRoom;
+    m_blockSize = other.m_blockSize;
     return *this;
 }
 
@@ -131,11 +132,15 @@ Object::~Object()
 {
     tellEnd(false);
     delete m_userData;
-    letGoOfData(m_class);
+    if (m_holder || m_blockSize == 0) {
+        letGoOfData(m_class);
+    } else if (m_autoDelete) {
+        BlockPool::give(m_data, m_blockSize); // the usual end of a number
+    }
 }
 
 /** Whoever keeps something for a handle knows it by its index. */
-void Object::tellEnd(bool isInvalidated)
+inline void Object::tellEnd(bool isInvalidated)
 {
     if (m_index != noIndex && objectEnded) {
         objectEnded(this, isInvalidated);
@@ -168,6 +173,7 @@ void Object::put(void *data, const Class *former)
     letGoOfData(former);
     m_data = data;
     m_hasRoom = false;
+    m_blockSize = 0;
 }
 
 /** What keeps the data, for a second handle to share. */
@@ -222,6 +228,7 @@ void Object::invalidate()
     m_invalid = true;
     m_data = nullptr;
     m_hasRoom = false;
+    m_blockSize = 0;
     clearDelegates();
     m_class = classOfTheDead();
     tellEnd(true);

@@ -204,6 +204,8 @@ private:
     bool m_invalid : 1;
     /** Whether the data was made with room for what handles of any shape may write to it. */
     bool m_hasRoom : 1;
+    /** The size of the block of the BlockPool that the data is, or 0 when it is none. */
+    quint8 m_blockSize = 0;
 };
 
 /** The arguments of a call, the children of an object: handles in order. */

@@ -54,6 +54,19 @@ public:
     /** Whether the data was made here, with room for what handles of any shape may write to it. */
     static bool hasRoom(const Object *object) { return object->m_hasRoom; }
     static void setRoom(Object *object) { object->m_hasRoom = true; }
+    /** Makes @p object own its data, a block of that size of the BlockPool with such room. */
+    static void ownBlock(Object *object, std::size_t size)
+    {
+        object->m_autoDelete = true;
+        object->m_hasRoom = true;
+        object->m_blockSize = static_cast<quint8>(size);
+    }
+    /** A short way to know of a handle that it is a single number made here, with nothing overridden. */
+    static bool isPlainNumber(const Object *object)
+    {
+        return object->m_blockSize > 0 && object->m_attributeFlags == 0;
+    }
+    static void *data(const Object *object) { return object->m_data; }
     static ComparisonDelegate *comparisonDelegate(const Object *object)
     {
         return object->setupComparisonDelegate();

@@ -69,7 +69,9 @@ void writeNumbers(QDataStream &stream, const Value &value)
 
 const Class *classOf(Kind kind)
 {
-    Inspector::self(); // makes the classes, if nobody has asked for it yet
+    if (!primitiveClass(kind)) {
+        Inspector::self(); // makes the classes
+    }
     return primitiveClass(kind);
 }
 
@@ -155,52 +157,54 @@ SharedPtr<Object> copied(const Class *c, const Value &source, const ObjectAttrib
     });
 }
 
-/** The same for a class of the library, which needs not be asked. */
-SharedPtr<Object> ownedByKind(Kind kind, void *data, const ObjectAttribute &attribute)
+/** A new object of one of the library's classes for numbers, which needs not be asked. */
+template <class Handle, class T>
+SharedPtr<Object> newNumber(Kind kind, T value)
 {
-    SharedPtr<Object> result = newHandle(kind, data, classOf(kind), attribute);
-    result->setAutoDelete(true);
-    ObjectAccess::setRoom(result.get());
+    SharedPtr<Object> result(new Handle(newData(value), classOf(kind), ObjectAttribute()));
+    ObjectAccess::ownBlock(result.get(), sizeof(T));
     return result;
 }
 
-/** A new object for a value of the native type T that the class of @p kind has. */
-template <class T>
-SharedPtr<Object> newNumber(Kind kind, T value)
+/** The same for texts. */
+SharedPtr<Object> newTexts(void *data, const ObjectAttribute &attribute)
 {
-    return ownedByKind(kind, newData(value), ObjectAttribute::Value());
+    SharedPtr<Object> result(new VantrelObject_char(data, classOf(Kind::Char), attribute));
+    result->setAutoDelete(true);
+    ObjectAccess::setRoom(result.get());
+    return result;
 }
 
 } // namespace
 
 SharedPtr<Object> makePrimitive(bool value)
 {
-    return newNumber<bool>(Kind::Bool, value);
+    return newNumber<VantrelObject_bool, bool>(Kind::Bool, value);
 }
 
 SharedPtr<Object> makePrimitive(short value)
 {
-    return newNumber<qint16>(Kind::Short, value);
+    return newNumber<VantrelObject_short, qint16>(Kind::Short, value);
 }
 
 SharedPtr<Object> makePrimitive(int value)
 {
-    return newNumber<qint32>(Kind::Int, value);
+    return newNumber<VantrelObject_int, qint32>(Kind::Int, value);
 }
 
 SharedPtr<Object> makePrimitive(long value)
 {
-    return newNumber<qint32>(Kind::Long, static_cast<qint32>(value));
+    return newNumber<VantrelObject_long, qint32>(Kind::Long, static_cast<qint32>(value));
 }
 
 SharedPtr<Object> makePrimitive(long long value)
 {
-    return newNumber<qint64>(Kind::Int64, value);
+    return newNumber<VantrelObject_int64, qint64>(Kind::Int64, value);
 }
 
 SharedPtr<Object> makePrimitive(double value)
 {
-    return newNumber<double>(Kind::Double, value);
+    return newNumber<VantrelObject_double, double>(Kind::Double, value);
 }
 
 SharedPtr<Object> makePrimitive(char value)
@@ -211,12 +215,12 @@ SharedPtr<Object> makePrimitive(char value)
 SharedPtr<Object> makePrimitive(const char *value)
 {
     char *text = value ? Value::newText(value, std::strlen(value)) : nullptr;
-    return ownedByKind(Kind::Char, text, ObjectAttribute::Pointer());
+    return newTexts(text, ObjectAttribute::Pointer());
 }
 
 SharedPtr<Object> makePrimitive(const QString &value)
 {
-    return ownedByKind(Kind::Char, Value::newText(value), ObjectAttribute::Pointer());
+    return newTexts(Value::newText(value), ObjectAttribute::Pointer());
 }
 
 SharedPtr<Object> makePrimitive(const QStringList &value)
@@ -227,7 +231,7 @@ SharedPtr<Object> makePrimitive(const QStringList &value)
     for (int i = 0; i < value.size(); ++i) {
         texts[i] = Value::newText(value.at(i));
     }
-    return ownedByKind(Kind::Char, texts, attribute);
+    return newTexts(texts, attribute);
 }
 
 SharedPtr<Object> makeNull(const Class *c)

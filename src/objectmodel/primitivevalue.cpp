@@ -122,9 +122,11 @@ PrimitiveValue::Shape PrimitiveValue::shapeOf(PrimitiveKind kind, const ObjectAt
 char *PrimitiveValue::newText(std::size_t size)
 {
     // A pointer to an empty text can be written to as a character and still be a text.
-    const std::size_t room = std::max(size, std::size_t(1)) + 1;
-    char *text = new char[room];
-    std::memset(text + size, 0, room - size);
+    char *text = new char[std::max(size, std::size_t(1)) + 1];
+    if (size == 0) {
+        text[1] = '\0';
+    }
+    text[size] = '\0';
     return text;
 }
 
@@ -137,21 +139,21 @@ char *PrimitiveValue::newText(const char *bytes, std::size_t size)
 
 char *PrimitiveValue::newText(const QString &text)
 {
-    const ushort *characters = text.utf16();
+    // Most texts are ASCII, which needs no conversion.
     const std::size_t size = std::size_t(text.size());
+    char *bytes = newText(size);
+    const QChar *characters = text.constData();
     ushort all = 0;
     for (std::size_t i = 0; i < size; ++i) {
-        all |= characters[i];
+        all |= characters[i].unicode();
+        bytes[i] = static_cast<char>(characters[i].unicode());
     }
-    if (all >= 0x80) {
-        const QByteArray bytes = text.toUtf8();
-        return newText(bytes.constData(), std::size_t(bytes.size()));
+    if (all < 0x80) {
+        return bytes;
     }
-    // Most texts are ASCII, which needs no conversion.
-    char *bytes = newText(size);
-    std::transform(characters, characters + size, bytes,
-                   [](ushort character) { return static_cast<char>(character); });
-    return bytes;
+    delete[] bytes;
+    const QByteArray encoded = text.toUtf8();
+    return newText(encoded.constData(), std::size_t(encoded.size()));
 }
 
 void *PrimitiveValue::allocate() const
@@ -198,7 +200,7 @@ void PrimitiveValue::deallocate() const
         using T = typename decltype(native)::Type;
         if (m_shape == Array) {
             delete[] static_cast<T *>(m_data);
-        } else {
+        } else if (m_data) {
             BlockPool::give(m_data, sizeof(T));
         }
     });

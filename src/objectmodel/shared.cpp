@@ -1,24 +1,12 @@
 #include "objectmodel/shared.h"
 
-#include "objectmodel/blockpool.h"
-
 namespace Vantrel {
 
 Shared::~Shared() = default;
 
-void *Shared::operator new(std::size_t size)
-{
-    return BlockPool::take(size);
-}
-
 void *Shared::operator new(std::size_t size, std::align_val_t alignment)
 {
     return ::operator new(size, alignment);
-}
-
-void Shared::operator delete(void *block, std::size_t size) noexcept
-{
-    BlockPool::give(block, size);
 }
 
 void Shared::operator delete(void *block, std::size_t, std::align_val_t alignment) noexcept

@@ -1,6 +1,7 @@
 #ifndef VANTREL_SHARED_H
 #define VANTREL_SHARED_H
 
+#include "objectmodel/blockpool.h"
 #include "objectmodel/export.h"
 
 #include <QtGlobal>
@@ -28,10 +29,13 @@ public:
     Shared &operator=(const Shared &) = default;
     virtual ~Shared();
 
-    static void *operator new(std::size_t size);
+    static void *operator new(std::size_t size) { return BlockPool::take(size); }
     static void *operator new(std::size_t size, std::align_val_t alignment);
     static void *operator new(std::size_t, void *place) noexcept { return place; }
-    static void operator delete(void *block, std::size_t size) noexcept;
+    static void operator delete(void *block, std::size_t size) noexcept
+    {
+        BlockPool::give(block, size);
+    }
     static void operator delete(void *block, std::size_t size, std::align_val_t alignment) noexcept;
     static void operator delete(void *, void *) noexcept {}
 
