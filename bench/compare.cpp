@@ -113,7 +113,8 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
-/** Both in turn, so that what else the machine does falls on both. @return whether the gate holds. */
+/** Both in turn, so that what else the machine does falls on both. @return whether the gate holds.
+ */
 bool report(const Row &row)
 {
     const int ourCount = calibrated(row.ours);
@@ -217,8 +218,9 @@ int main()
         hold &= report(row);
     }
     const bool isSmall = sizeof(Object) <= 96;
-    std::printf("%-52s %8s %8s %7zu %6d %6d  %s\n", "sizeof(Object)", "", "", sizeof(Object), 96, 80,
-                !isSmall                ? "MISSED"
+    std::printf("%-52s %8s %8s %7zu %6d %6d  %s\n", "sizeof(Object)", "", "", sizeof(Object), 96,
+                80,
+                !isSmall                  ? "MISSED"
                     : sizeof(Object) > 80 ? "gate"
                                           : "aim");
     return hold && isSmall ? 0 : 1;

@@ -64,10 +64,10 @@ int value = 1;
 
 } // namespace
 
-TEST(Object, FitsInto128Bytes)
+TEST(Object, IsSmall)
 {
-    EXPECT_LE(sizeof(Object), 128u);
-    EXPECT_LE(sizeof(RemoteObjectBase), 128u);
+    EXPECT_LE(sizeof(Object), 80u);
+    EXPECT_LE(sizeof(RemoteObjectBase), 88u);
 }
 
 TEST(Object, OwnsItsUserDataAlwaysAndItsDataWhenTold)

@@ -7,7 +7,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 logs=$root/build/log
 jobs=${VANTREL_JOBS:-$(nproc)} # builds and tests that run at the same time
 packages=(g++ cmake ninja-build ccache qtbase5-dev libtinyxml-dev libgtest-dev libbenchmark-dev
-    pkg-config git fonts-dejavu-core)
+    pkg-config git fonts-dejavu-core valgrind libc6-dbg)
 
 say() { printf '%s: %s\n' "$me" "$*"; }
 

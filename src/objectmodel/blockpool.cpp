@@ -1,7 +1,7 @@
 #include "objectmodel/blockpool.h"
 
 #if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)                           \
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)                            \
     || __has_feature(thread_sanitizer)
 #define VANTREL_KEEPS_NO_BLOCKS
 #endif

@@ -579,8 +579,7 @@ private:
 };
 
 ClassDeclarationPrivate::ClassDeclarationPrivate(const char *name, Namespace *nameSpace,
-                                                 const std::type_info &type,
-                                                 Delete deleteData)
+                                                 const std::type_info &type, Delete deleteData)
     : built(new BuiltClass(name, nameSpace ? nameSpace : Inspector::self()->globalNamespace())),
       info(type), isKnown(registerClass(type, built, deleteData))
 {

@@ -275,8 +275,8 @@ SharedPtr<Object> Class::convertToInterface(SharedPtr<Object> object, const QStr
     SharedPtr<Object> view = viewed(object, this);
     if (view && !ObjectAccess::isNew(view)) {
         // The class gave its one handle for the data, which has to keep its type.
-        view = adorned(SharedPtr<Object>(new Object(dataOf(object), this, object->objectAttribute())),
-                       object);
+        view = adorned(
+            SharedPtr<Object>(new Object(dataOf(object), this, object->objectAttribute())), object);
     }
     if (view) {
         ObjectAccess::setClass(view.get(), iface);

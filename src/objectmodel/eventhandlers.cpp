@@ -160,7 +160,8 @@ void EventHandlerRegistry::disconnect(DynamicEventDelegate *delegate,
 bool EventHandlerRegistry::uninstallForObject(const SharedPtr<Object> &object, const QString &event,
                                               EventHandler *handler)
 {
-    return object && uninstallForIndex(ObjectAccess::knownIndex(object.get()), object, event, handler);
+    return object
+        && uninstallForIndex(ObjectAccess::knownIndex(object.get()), object, event, handler);
 }
 
 bool EventHandlerRegistry::uninstallForIndex(quint32 index, const SharedPtr<Object> &object,

@@ -61,7 +61,8 @@ public:
         object->m_hasRoom = true;
         object->m_blockSize = static_cast<quint8>(size);
     }
-    /** A short way to know of a handle that it is a single number made here, with nothing overridden. */
+    /** A short way to know of a handle that it is a single number made here, with nothing
+     * overridden. */
     static bool isPlainNumber(const Object *object)
     {
         return object->m_blockSize > 0 && object->m_attributeFlags == 0;

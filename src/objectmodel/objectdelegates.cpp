@@ -26,7 +26,8 @@ bool operator==(const ObjectDelegates &a, const ObjectDelegates &b)
 
 quint32 numChanges = 0;
 
-/** False for a delegate that is still under construction, which can be used as soon as it is whole. */
+/** False for a delegate that is still under construction, which can be used as soon as it is whole.
+ */
 template <class D>
 bool find(const Class *c, D **found)
 {

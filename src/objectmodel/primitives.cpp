@@ -527,7 +527,8 @@ SharedPtr<Object> PrimitiveObject::dereference()
     if (!isIndirect || !value.isReadable()) {
         return Object::dereference();
     }
-    const bool isEmpty = value.count() == 0 || (value.shape() == Value::Text && !*value.loadText(0));
+    const bool isEmpty =
+        value.count() == 0 || (value.shape() == Value::Text && !*value.loadText(0));
     if (value.shape() == Value::List || (isEmpty && !ObjectAccess::hasRoom(this))) {
         // Its first element, since there is no data that both could use.
         return copied(type(), value, ObjectAttribute::Value());

@@ -81,7 +81,8 @@ class SharedPtr
 public:
     SharedPtr() = default;
     SharedPtr(std::nullptr_t) {}
-    /** Makes whoever holds the SharedPtr and its copies the owner of @p pointer, which may be null. */
+    /** Makes whoever holds the SharedPtr and its copies the owner of @p pointer, which may be null.
+     */
     explicit SharedPtr(T *pointer) : m_pointer(pointer)
     {
         if (m_pointer) {
