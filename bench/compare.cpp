@@ -156,11 +156,12 @@ std::vector<Row> rows()
     static const ObjectList arguments{wrap(3), wrap(2)};
     static const QString add = QStringLiteral("add");
     static const QString value = QStringLiteral("value");
+    static const SharedPtr<Object> seven = wrap(7);
+    static const QVariant sevenOfQt(7);
     static const QString label = QStringLiteral("label");
     static const Method *const known = counterClass()->methods(add).at(0);
     const QMetaObject *meta = counter.metaObject();
     static const QMetaMethod knownOfQt = meta->method(meta->indexOfMethod("add(int,int)"));
-    bool *const noAnswer = nullptr;
 
     const Work byNameOfQt = repeated([] {
         int result = 0;
@@ -181,18 +182,20 @@ std::vector<Row> rows()
              knownOfQt.invoke(&counter, Q_RETURN_ARG(int, result), Q_ARG(int, 3), Q_ARG(int, 2));
              use(result);
          })},
-        {"by name, arguments ready / QMetaObject::invokeMethod", 0.5, 0.25, repeated([noAnswer] {
-             use(object->type()->methods(add).invoke(object, arguments, noAnswer));
+        {"by name, arguments ready / QMetaObject::invokeMethod", 0.5, 0.25, repeated([] {
+             use(object->type()->methods(add).invoke(object, arguments));
          }),
          byNameOfQt},
-        {"by name, fresh arguments / QMetaObject::invokeMethod", 1.0, 0.5, repeated([noAnswer] {
-             use(object->type()->methods(add).invoke(object, ObjectList{wrap(3), wrap(2)},
-                                                     noAnswer));
+        {"by name, fresh arguments / QMetaObject::invokeMethod", 1.0, 0.5, repeated([] {
+             use(object->type()->methods(add).invoke(object, ObjectList{wrap(3), wrap(2)}));
          }),
          byNameOfQt},
         {"get int by name / QObject::property", 0.9, 0.75,
          repeated([] { use(object->type()->property(value)->get(object)); }),
          repeated([] { use(counter.property("value")); })},
+        {"set int by name / QObject::setProperty", 0.9, 0.5,
+         repeated([] { use(object->type()->property(value)->set(object, seven)); }),
+         repeated([] { use(counter.setProperty("value", sevenOfQt)); })},
         {"get text by name / QObject::property", 1.0, 0.75,
          repeated([] { use(object->type()->property(label)->get(object)); }),
          repeated([] { use(counter.property("label")); })},

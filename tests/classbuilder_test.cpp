@@ -282,6 +282,7 @@ TEST_F(ClassBuilderTest, RefusesValuesAndLeavesThePropertyAsItIs)
     EXPECT_EQ("Person::name: the value was refused", lastError());
     EXPECT_FALSE(set("name", object));
     EXPECT_FALSE(set("kind", wrap("Royal")));
+    EXPECT_EQ("Cannot set property Account::kind: 'Royal' is no key of Kind", lastError());
     EXPECT_FALSE(set("kind", nullptr));
     EXPECT_EQ("Cannot set property kind without a value", lastError());
     EXPECT_EQ("Ann", unwrap<QString>(get("name")));
@@ -307,6 +308,14 @@ TEST_F(ClassBuilderTest, TellsWhyACallFailed)
     EXPECT_EQ("Cannot call Account::taken(): argument 1 is null",
               error(callDirectly("taken", {accountClass()->createNull()})));
     const Constructor *constructor = accountClass()->constructor(0);
+    const Signature other("other", {Argument(object->type())});
+    EXPECT_EQ("The class Account has no constructor Account(Account)",
+              error(Constructor(0, accountClass(), other).construct({object})));
+    EXPECT_EQ("The class Account has no constructor Account()",
+              error(Constructor(99, accountClass(), Signature()).construct({})));
+    const int id = accountClass()->methods("withdraw").at(0)->id();
+    EXPECT_EQ("The class Account has no method Account other(Account)",
+              error(Method(id, accountClass(), Argument(object->type()), other).invoke(object, {object})));
     EXPECT_EQ("Cannot call Account::Account(): argument 2: int given, double expected",
               error(constructor->construct({wrap("Ann"), wrap(1)})));
     const SharedPtr<Object> gone = wrap(unwrap<Account *>(object));

@@ -135,12 +135,19 @@ TEST(Conversion, AsksTheCastDelegatesFirst)
     EXPECT_EQ(77, c->convertTo(object(source), &target, true)->toInteger()) << "the source's comes first";
     ofBase->to = nullptr;
     EXPECT_EQ(88, c->convertTo(object(source), &target, true)->toInteger());
+    ofTarget->result = nullptr;
+    source.onConvert = [](SharedPtr<Object>, const Class *) { return inspector()->createPrimitive(99); };
+    EXPECT_EQ(99, c->convertTo(object(source), &target, true)->toInteger()) << "it gave nothing";
+    EXPECT_FALSE(c->sameObjects(nullptr, nullptr));
+    EXPECT_FALSE(c->compare(nullptr, nullptr));
+    ofTarget->result = inspector()->createPrimitive(88);
     ofTarget->from = &other;
     const Class *o = &other;
     EXPECT_TRUE(o->canConvertTo(&target, false, true, nullptr));
     EXPECT_EQ(88, o->convertTo(object(other), &target, true)->toInteger());
     EXPECT_FALSE(o->canConvertTo(&base, false, true, nullptr));
     source.onCanConvert = nullptr;
+    source.onConvert = nullptr;
     (new Casts("CdOther"))->to = &base;
     EXPECT_FALSE(o->canConvertTo(&base, false, true, nullptr)) << "a class looks for its delegate once";
 }

@@ -94,8 +94,7 @@ SharedPtr<Object> get(const SharedPtr<Object> &object, const char *property)
 
 SharedPtr<Object> call(const SharedPtr<Object> &object, const char *method, const ObjectList &list)
 {
-    bool *const ok = nullptr;
-    return object->type()->methods(method).invoke(object, list, ok);
+    return object->type()->methods(method).invoke(object, list);
 }
 
 /** A class that keeps one handle for everything and gives it again, or refuses data. */

@@ -260,7 +260,7 @@ TEST_F(Invocation, AcceptsTheKeysOfAnEnum)
     };
     const MethodList set = owner.methods("set");
     const auto call = [&](const SharedPtr<Object> &value) {
-        return set.invoke(object(owner), {value}, static_cast<bool *>(nullptr)).isNull() ? -1 : seen;
+        return set.invoke(object(owner), {value}, nullptr).isNull() ? -1 : seen;
     };
     EXPECT_EQ(8, call(primitiveOf("High")));
     EXPECT_EQ(3, call(primitiveOf("3")));
@@ -288,8 +288,8 @@ TEST_F(Invocation, SendsInheritedMembersToTheClassThatDeclaresThem)
     subClass->invoke(object(sub), c().method(4), arguments);
     EXPECT_EQ(QStringList {"4"}, calls);
     EXPECT_EQ(&native, lastData);
-    sub.methods("half").invoke(object(sub), {primitiveOf(1)}, static_cast<bool *>(nullptr));
-    sub.methods("own").invoke(object(sub), {}, static_cast<bool *>(nullptr));
+    sub.methods("half").invoke(object(sub), {primitiveOf(1)}, nullptr);
+    sub.methods("own").invoke(object(sub), {}, nullptr);
     EXPECT_EQ(1, subCalls);
     sub.onInvoke = nullptr;
 }
@@ -359,8 +359,12 @@ TEST(Construction, TakesTheFirstConstructorThatAccepts)
         EXPECT_EQ("Class::construct: No matching constructor found\n",
                   diagnosticsOf([&] { EXPECT_TRUE(c.Class::construct(arguments).isNull()); }));
     }
+    EXPECT_EQ("Cannot construct VtConstructed: no constructor takes (int, int, int)",
+              inspector()->lastError());
     EXPECT_EQ("Constructor::construct VtConstructed: 2 arguments expected, 1 given\n",
               diagnosticsOf([&] { EXPECT_TRUE(c.constructor(3)->construct({primitiveOf(1)}).isNull()); }));
+    EXPECT_EQ("Constructor::construct VtConstructed: 2 arguments expected, 1 given",
+              inspector()->lastError());
     EXPECT_EQ(-1, index);
     c.onConstruct = nullptr;
 }
@@ -536,15 +540,23 @@ TEST_F(PropertyAccess, GoesThroughTheAccessorsOfDelegateProperties)
                   EXPECT_FALSE(property("text")->set(o, primitiveOf(QStringList {"two", "three"})));
               }));
     EXPECT_EQ("one", text) << "a list is no text";
+    const auto error = [] { return inspector()->lastError().section(' ', 1).toStdString(); };
+    EXPECT_EQ("set property VtSubProperties::text: char * [] cannot convert to char *", error());
 
     for (const std::string name : {"locked", "readOnly"}) {
         EXPECT_EQ("Object::setProperty: property " + name + " is not writable\n",
                   diagnosticsOf([&] { EXPECT_FALSE(property(name.c_str())->set(o, primitiveOf(1.0))); }));
+        EXPECT_EQ("write property VtSubProperties::" + name + ": it is read-only", error());
     }
     for (const std::string name : {"secret", "writeOnly"}) {
         EXPECT_EQ("Class::getProperty: property " + name + " is not readable\n",
                   diagnosticsOf([&] { EXPECT_TRUE(property(name.c_str())->get(o).isNull()); }));
+        EXPECT_EQ("read property VtSubProperties::" + name + ": it is write-only", error());
     }
+    EXPECT_EQ("", diagnosticsOf([&] {
+                  property("viaFunction")->set(o, primitive(PrimitiveId::Int)->createNull());
+              }));
+    EXPECT_EQ("set property VtSubProperties::viaFunction: null object given, double expected", error());
     EXPECT_TRUE(log.isEmpty());
     EXPECT_EQ("Object::setProperty: type VtSubProperties cannot be converted to double\n",
               diagnosticsOf([&] { EXPECT_FALSE(property("viaFunction")->set(o, o)); }));

@@ -320,6 +320,10 @@ TEST(Object, ConvertsByDelegateThenByClass)
     EXPECT_EQ("<null>", null->toString());
     EXPECT_EQ(5, null->toInteger());
 
+    c.onCanConvert = [](const Class *, bool, bool targetIsPointer) { return !targetIsPointer; };
+    EXPECT_EQ("12", object->toString()) << "asked with the other pointer flag, too";
+    c.onCanConvert = [](const Class *, bool, bool) { return true; };
+
     // A conversion that gives the handle back, or never the primitive class, ends.
     c.onConvert = [](SharedPtr<Object> o, const Class *) { return o; };
     EXPECT_EQ(QString(), object->toString());
@@ -353,6 +357,7 @@ TEST(Object, DescribesItsPropertiesForDebugging)
     right.onGet = [&](int, void *data) { return static_cast<const Class &>(left).wrap(data, ObjectAttribute()); };
     const QString text = Object(&value, &left, ObjectAttribute()).toDebugString();
     EXPECT_EQ(64, text.count("{ other = "));
+    EXPECT_EQ(1, text.count("{ other = OtLeft }")) << "the class alone, beyond the limit";
     left.onGet = right.onGet = nullptr;
 }
 

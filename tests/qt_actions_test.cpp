@@ -175,7 +175,7 @@ SharedPtr<Object> call(const char *name, const ObjectList &arguments)
     return Inspector::self()
         ->globalClass()
         ->methods(QString::fromLatin1(name))
-        .invoke(SharedPtr<Object>(), arguments, static_cast<bool *>(nullptr));
+        .invoke(SharedPtr<Object>(), arguments, nullptr);
 }
 
 } // namespace

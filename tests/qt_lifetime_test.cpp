@@ -176,7 +176,7 @@ TEST(QtLifetime, SurvivesASlotThatDeletesItsObject)
     const SharedPtr<Object> handle = handleFor(button);
     EXPECT_TRUE(handle->type()
                     ->methods(QStringLiteral("click"))
-                    .invoke(handle, {}, static_cast<bool *>(nullptr)));
+                    .invoke(handle, {}, nullptr));
     EXPECT_FALSE(handle->isValid());
 }
 

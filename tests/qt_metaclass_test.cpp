@@ -72,7 +72,7 @@ protected:
     {
         return object->type()
             ->methods(QString::fromLatin1(name))
-            .invoke(object, arguments, static_cast<bool *>(nullptr));
+            .invoke(object, arguments, nullptr);
     }
     static SharedPtr<Object> get(const SharedPtr<Object> &object, const char *name)
     {

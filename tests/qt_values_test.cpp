@@ -332,7 +332,7 @@ TEST_F(QtValues, TakesArraysAsListsOfTextsInCalls)
     const auto call = [&](const char *name, const SharedPtr<Object> &argument) {
         return handle->type()
             ->methods(QString::fromLatin1(name))
-            .invoke(handle, {argument}, static_cast<bool *>(nullptr));
+            .invoke(handle, {argument}, nullptr);
     };
     const SharedPtr<Object> joined = call("joined", array({wrap("a"), wrap("b")}));
     ASSERT_TRUE(joined);
@@ -349,7 +349,7 @@ TEST_F(QtValues, EndsWithArraysThatContainThemselves)
     const SharedPtr<Object> circle = array({});
     circle->type()
         ->methods(QStringLiteral("push"))
-        .invoke(circle, {circle}, static_cast<bool *>(nullptr));
+        .invoke(circle, {circle}, nullptr);
     EXPECT_FALSE(set("list", circle));
     EXPECT_TRUE(Inspector::self()->lastError().contains("nested too deep"));
     EXPECT_FALSE(set("texts", circle));

@@ -166,8 +166,7 @@ protected:
 
     static SharedPtr<Object> callByName(const char *name, const ObjectList &arguments)
     {
-        return Inspector::self()->globalClass()->methods(name).invoke({}, arguments,
-                                                                      static_cast<bool *>(nullptr));
+        return Inspector::self()->globalClass()->methods(name).invoke({}, arguments, nullptr);
     }
 
 private:

@@ -3,6 +3,7 @@
 #include "objectmodel/class.h"
 #include "objectmodel/classbuilder.h"
 #include "objectmodel/containerclasses.h"
+#include "objectmodel/delegates.h"
 #include "objectmodel/inspector.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +22,18 @@ struct Stamp
 struct Unknown
 {
 };
+struct Counted
+{
+};
+
+class CountOf : public ConversionDelegate
+{
+public:
+    explicit CountOf(const QString &className) : ConversionDelegate(className) {}
+    int capabilities() const override { return IntegerCapability; }
+    int toInteger(SharedPtr<Object>) const override { return 12; }
+};
+
 enum class Paper { Plain = 1, Ruled = 2 };
 enum class UnknownEnum { None };
 
@@ -30,7 +43,9 @@ void registerStamp()
         ClassBuilder<Stamp>("WrapStamp")
             .enumeration<Paper>("Paper", {{"Plain", Paper::Plain}, {"Ruled", Paper::Ruled}})
             .add();
-    ASSERT_TRUE(c);
+    static const Class *const counted = ClassBuilder<Counted>("WrapCounted").add();
+    static const CountOf count("WrapCounted");
+    ASSERT_TRUE(c && counted);
 }
 
 QString lastError()
@@ -104,6 +119,8 @@ TEST(Unwrap, ConvertsAsTheArgumentsOfCallsAre)
 {
     registerStamp();
     EXPECT_EQ(7, unwrap<int>(wrap(7.9)));
+    EXPECT_EQ(QStringList("one"), unwrap<QStringList>(wrap("one")));
+    EXPECT_EQ(12, unwrap<int>(wrap(Counted()))) << "by the conversion delegate";
     EXPECT_EQ(7.0, unwrap<double>(wrap(7)));
     EXPECT_EQ(42, unwrap<qint64>(wrap("42")));
     EXPECT_EQ(42ul, unwrap<unsigned long>(wrap(QString("42"))));

@@ -188,6 +188,7 @@ private:
                          const ObjectList &arguments) const;
     bool reportNoObject(const QString &name) const;
     bool reportReadOnly(const QString &name) const;
+    SharedPtr<Object> reportForeign(const QString &kind, const QString &description) const;
 };
 
 /** Registers the class with the members it has now. */
@@ -273,6 +274,13 @@ bool BuiltClass::reportNoObject(const QString &name) const
     return false;
 }
 
+/** For a descriptor that somebody made: native code has the parameters of the declared member. */
+SharedPtr<Object> BuiltClass::reportForeign(const QString &kind, const QString &description) const
+{
+    setError(QStringLiteral("The class %1 has no %2 %3").arg(className(), kind, description));
+    return {};
+}
+
 bool BuiltClass::reportReadOnly(const QString &name) const
 {
     setError(QStringLiteral("Cannot write property %1: it is read-only").arg(memberName(name)));
@@ -301,6 +309,9 @@ SharedPtr<Object> BuiltClass::invoke(int methodId, SharedPtr<Object> object,
     }
     if (!verifyCall(this, object, arguments, method)) {
         return {};
+    }
+    if (built->signature != method->signature()) {
+        return reportForeign(QStringLiteral("method"), method->toString());
     }
     if (!verifyArguments(method->signature(), method->name(), arguments)) {
         return {};
@@ -358,10 +369,7 @@ bool BuiltClass::setProperty(SharedPtr<Object> object, const Property *property,
                              SharedPtr<Object> value) const
 {
     const BuiltProperty *built = usual(object, property);
-    if (built && !built->setter) {
-        return reportReadOnly(built->name);
-    }
-    if (built && built->isList) {
+    if (built && built->setter && built->isList) {
         if (const SharedPtr<Object> fitting = adapted(value, built->type)) {
             std::vector<char *> texts = terminatedTexts(fitting);
             const SharedPtr<Object> list =
@@ -432,6 +440,10 @@ SharedPtr<Object> BuiltClass::construct(int index, const ObjectList &arguments,
         || !verifyArguments(constructor->signature(), className(), arguments)) {
         return {};
     }
+    if (index < 0 || index >= int(constructors.size())
+        || constructor->signature() != constructors[index].signature) {
+        return reportForeign(QStringLiteral("constructor"), constructor->toString());
+    }
     CallArguments native(constructors[index].call, arguments);
     return construct(index, native.data());
 }
@@ -448,7 +460,9 @@ SharedPtr<Object> BuiltClass::construct(int index, void **arguments)
 
 Constructor *BuiltClass::createConstructor(int index) const
 {
-    return new Constructor(index, this, constructors[index].signature);
+    return index >= 0 && index < int(constructors.size())
+        ? new Constructor(index, this, constructors[index].signature)
+        : nullptr;
 }
 
 Method *BuiltClass::createMethod(int methodId) const

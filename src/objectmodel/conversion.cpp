@@ -208,14 +208,20 @@ SharedPtr<Object> Class::convertTo(SharedPtr<Object> object, const Class *target
     }
     const bool sourceIsPointer = object->objectAttribute().isPointer();
     d->setupCastDelegate(this);
+    // What a delegate promised and does not give, another source may still give.
+    SharedPtr<Object> converted;
     if (d->castDelegate
         && d->castDelegate->canConvertTo(target, sourceIsPointer, targetIsPointer)) {
-        return d->castDelegate->convertTo(object, target, targetIsPointer);
+        converted = d->castDelegate->convertTo(object, target, targetIsPointer);
     }
     target->d->setupCastDelegate(target);
     CastDelegate *targetDelegate = target->d->castDelegate;
-    if (targetDelegate && targetDelegate->canConvertFrom(this, sourceIsPointer, targetIsPointer)) {
-        return targetDelegate->convertFrom(object, target, targetIsPointer);
+    if (!converted && targetDelegate
+        && targetDelegate->canConvertFrom(this, sourceIsPointer, targetIsPointer)) {
+        converted = targetDelegate->convertFrom(object, target, targetIsPointer);
+    }
+    if (converted) {
+        return converted;
     }
     if (canCastTo(target, targetIsPointer)) {
         return castTo(object, target, targetIsPointer);
@@ -360,11 +366,11 @@ bool Class::compareProperties(const SharedPtr<Object> &a, const SharedPtr<Object
 
 bool Class::sameObjects(SharedPtr<Object> a, SharedPtr<Object> b) const
 {
-    if (a == b) {
-        return true;
-    }
     if (!a || !b) {
         return false;
+    }
+    if (a == b) {
+        return true;
     }
     if (ComparisonDelegate *delegate = ObjectAccess::comparisonDelegate(a.get())) {
         return delegate->sameObjects(a, b);

@@ -97,10 +97,27 @@ bool acceptsUnconverted(const Method *method, const ObjectList &arguments)
     return true;
 }
 
+QString fullName(const Property *property)
+{
+    const Class *owner = property->propertyClass();
+    return owner ? owner->className() + QLatin1String("::") + property->name() : property->name();
+}
+
+// Diagnostics have fixed texts; what a script sees of it is the last error.
+
 SharedPtr<Object> reportUnreadable(const Property *property)
 {
     printDiagnostic("Class::getProperty: property %s is not readable\n",
                     qUtf8Printable(property->name()));
+    setError(QStringLiteral("Cannot read property %1: it is write-only").arg(fullName(property)));
+    return {};
+}
+
+SharedPtr<Object> reportNoProperty(int propertyId, const Property *property)
+{
+    printDiagnostic("Class::getProperty: No such property: %d\n", propertyId);
+    setError(QStringLiteral("Cannot read property %1: it has no declaration")
+                 .arg(fullName(property)));
     return {};
 }
 
@@ -108,6 +125,7 @@ bool reportUnwritable(const Property *property)
 {
     printDiagnostic("Object::setProperty: property %s is not writable\n",
                     qUtf8Printable(property->name()));
+    setError(QStringLiteral("Cannot write property %1: it is read-only").arg(fullName(property)));
     return false;
 }
 
@@ -117,11 +135,17 @@ bool reportMissingValue(const Property *property)
     return false;
 }
 
-bool reportUnconvertible(const SharedPtr<Object> &value, const Property *property)
+/** @p declared is what the value had to become. */
+bool reportUnconvertible(const SharedPtr<Object> &value, const Property *property,
+                         const Argument &declared)
 {
-    const QString wanted = property->type() ? property->type()->className() : QString();
-    printDiagnostic("Object::setProperty: type %s cannot be converted to %s\n",
-                    qUtf8Printable(value->className()), qUtf8Printable(wanted));
+    if (!value->isNull()) {
+        const QString wanted = property->type() ? property->type()->className() : QString();
+        printDiagnostic("Object::setProperty: type %s cannot be converted to %s\n",
+                        qUtf8Printable(value->className()), qUtf8Printable(wanted));
+    }
+    setError(QStringLiteral("Cannot set property %1: %2")
+                 .arg(fullName(property), mismatch(value, declared)));
     return false;
 }
 
@@ -130,8 +154,7 @@ SharedPtr<Object> readDelegateProperty(int propertyId, const SharedPtr<Object> &
 {
     const PropertyDeclaration *declaration = property->propertyDeclaration();
     if (!declaration) {
-        printDiagnostic("Class::getProperty: No such property: %d\n", propertyId);
-        return {};
+        return reportNoProperty(propertyId, property);
     }
     if (!declaration->isReadable()) {
         return reportUnreadable(property);
@@ -161,7 +184,7 @@ bool writeDeclared(const SharedPtr<Object> &object, SharedPtr<Object> value,
     if (value && !value->isA(property->type())) {
         const SharedPtr<Object> fitting = adapted(value, property->argument());
         if (!fitting) {
-            return reportUnconvertible(value, property);
+            return reportUnconvertible(value, property, property->argument());
         }
         value = fitting;
     }
@@ -169,7 +192,7 @@ bool writeDeclared(const SharedPtr<Object> &object, SharedPtr<Object> value,
         const ObjectList given = value ? ObjectList{value} : ObjectList();
         const AdaptedArguments arguments(write->signature(), given);
         if (value && write->signature().numArguments() == 1 && !arguments.isValid()) {
-            return reportUnconvertible(value, property);
+            return reportUnconvertible(value, property, write->signature().arguments().first());
         }
         // The result of a setter tells nothing: many have none.
         write->invoke(object, arguments.list());
@@ -253,6 +276,14 @@ SharedPtr<Object> MethodList::invoke(SharedPtr<Object> object, const ObjectList 
     if (ok) {
         *ok = succeeded;
     }
+    return result;
+}
+
+SharedPtr<Object> MethodList::invoke(SharedPtr<Object> object, const ObjectList &arguments,
+                                     std::nullptr_t) const
+{
+    SharedPtr<Object> result;
+    invoke(std::move(object), arguments, &result);
     return result;
 }
 
@@ -375,6 +406,12 @@ SharedPtr<Object> Class::construct(const ObjectList &arguments) const
         }
     }
     printDiagnostic("Class::construct: No matching constructor found\n");
+    QStringList given;
+    for (const SharedPtr<Object> &argument : arguments) {
+        given << (argument ? argument->className() : QStringLiteral("no object"));
+    }
+    setError(QStringLiteral("Cannot construct %1: no constructor takes (%2)")
+                 .arg(className(), given.join(QLatin1String(", "))));
     return {};
 }
 
@@ -384,9 +421,11 @@ bool verifyConstruction(const Class *c, const ObjectList &arguments, const Const
     if (int(arguments.size()) == expected) {
         return true;
     }
-    printDiagnostic("Constructor::construct %s: %d arguments expected, %lu given\n",
-                    qUtf8Printable(c->className()), expected,
-                    static_cast<unsigned long>(arguments.size()));
+    const QString text =
+        QStringLiteral("Constructor::construct %1: %2 arguments expected, %3 given")
+            .arg(c->className(), QString::number(expected), QString::number(arguments.size()));
+    printDiagnostic("%s\n", qUtf8Printable(text));
+    setError(text);
     return false;
 }
 
@@ -535,7 +574,7 @@ bool Class::setProperty(SharedPtr<Object> object, const Property *property,
     }
     const SharedPtr<Object> fitting = adapted(value, property->argument());
     if (!fitting) {
-        return reportUnconvertible(value, property);
+        return reportUnconvertible(value, property, property->argument());
     }
     void *newData = nullptr;
     fitting->get(&newData);

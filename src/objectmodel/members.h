@@ -248,6 +248,9 @@ public:
      * the reason is the Inspector's last error and the result is null.
      */
     SharedPtr<Object> invoke(SharedPtr<Object> object, const ObjectList &arguments, bool *ok) const;
+    /** The same for who only looks at the result. */
+    SharedPtr<Object> invoke(SharedPtr<Object> object, const ObjectList &arguments,
+                             std::nullptr_t = nullptr) const;
     /** The same with success as the return value and the result in @p result, which may be null. */
     bool invoke(SharedPtr<Object> object, const ObjectList &arguments,
                 SharedPtr<Object> *result) const;

@@ -3,10 +3,12 @@
 #include "objectmodel/arguments_p.h"
 #include "objectmodel/class_p.h"
 #include "objectmodel/containers.h"
+#include "objectmodel/delegates.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/nativetypes_p.h"
 #include "objectmodel/primitives_p.h"
 #include "objectmodel/primitivevalue_p.h"
+#include "objectmodel/wrap.h"
 
 #include <cxxabi.h>
 
@@ -256,6 +258,51 @@ std::vector<char *> terminatedTexts(const SharedPtr<Object> &list)
     return texts;
 }
 
+namespace {
+
+/** The value that the conversion delegate of the object gives, if it has one for that type; else null. */
+SharedPtr<Object> valueByDelegate(const SharedPtr<Object> &object, int primitiveId)
+{
+    const auto converts = [&](int capability) {
+        return ObjectAccess::converts(object.get(), capability);
+    };
+    switch (primitiveId) {
+    case PrimitiveId::Short:
+    case PrimitiveId::Int:
+    case PrimitiveId::Long:
+        return converts(ConversionDelegate::IntegerCapability) ? wrap(object->toInteger()) : nullptr;
+    case PrimitiveId::Int64:
+        return converts(ConversionDelegate::Int64Capability) ? wrap(object->toInt64()) : nullptr;
+    case PrimitiveId::Double:
+        return converts(ConversionDelegate::DoubleCapability) ? wrap(object->toDouble()) : nullptr;
+    case PrimitiveId::Bool:
+        return converts(ConversionDelegate::BooleanCapability) ? wrap(object->toBoolean()) : nullptr;
+    case PrimitiveId::Char:
+        return converts(ConversionDelegate::StringCapability) ? wrap(object->toString()) : nullptr;
+    default:
+        return nullptr;
+    }
+}
+
+/** Where no argument of a call would convert: a text as a list, and what delegates give. */
+SharedPtr<Object> looselyAdapted(const SharedPtr<Object> &object, const NativeTypes::Type &type,
+                                 const Argument &declared)
+{
+    if (!object || object->isNull()) {
+        return {};
+    }
+    const ObjectAttribute attribute = object->objectAttribute();
+    const bool isText = primitiveKind(object->type()) == PrimitiveKind::Char
+        && attribute.isPointer() != attribute.isArray();
+    if (type.isTextList() && isText) {
+        return wrap(QStringList(object->toString()));
+    }
+    const SharedPtr<Object> value = valueByDelegate(object, type.primitiveId);
+    return value ? adapted(value, declared) : nullptr;
+}
+
+} // namespace
+
 NativeTypes::Data::Data(const SharedPtr<Object> &object, const Type &type)
 {
     const Argument declared = resolved(QString(), type, &m_error);
@@ -263,6 +310,9 @@ NativeTypes::Data::Data(const SharedPtr<Object> &object, const Type &type)
         return;
     }
     m_fitting = adapted(object, declared);
+    if (!m_fitting) {
+        m_fitting = looselyAdapted(object, type, declared);
+    }
     if (!m_fitting) {
         m_error = mismatch(object, declared);
         return;

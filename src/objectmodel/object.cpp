@@ -419,10 +419,10 @@ SharedPtr<Object> Object::convertedToPrimitive(int classId) const
 {
     const Class *primitive = Inspector::self()->type(classId);
     const bool isPointer = m_attributeFlags & ObjectAttribute::PointerFlag;
-    if (!primitive || !m_class->canConvertTo(primitive, isPointer, true, nullptr)) {
+    if (!primitive || !m_class->canConvertToTolerant(primitive, isPointer, true, nullptr)) {
         return {};
     }
-    SharedPtr<Object> converted = m_class->convertTo(self(), primitive, true);
+    SharedPtr<Object> converted = m_class->convertToTolerant(self(), primitive, true);
     // A handle that comes back of this very kind would be asked the same again, for ever.
     return converted.get() == this ? SharedPtr<Object>() : converted;
 }
@@ -531,7 +531,7 @@ QString Object::toDebugString()
         return QLatin1String("0 : ") + className();
     }
     const DebugScope scope;
-    return scope.isTooMuch() ? toString() : propertiesToDebugString();
+    return scope.isTooMuch() ? className() : propertiesToDebugString();
 }
 
 QString Object::propertiesToDebugString()

@@ -68,6 +68,11 @@ public:
         return object->m_blockSize > 0 && object->m_attributeFlags == 0;
     }
     static void *data(const Object *object) { return object->m_data; }
+    /** Whether the conversion delegate of the class has that ConversionDelegate::Capability. */
+    static bool converts(const Object *object, int capability)
+    {
+        return object->conversionDelegate(capability) != nullptr;
+    }
     static ComparisonDelegate *comparisonDelegate(const Object *object)
     {
         return object->setupComparisonDelegate();

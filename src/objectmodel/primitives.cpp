@@ -59,12 +59,12 @@ template <class T>
 using Streamed = std::conditional_t<std::is_same_v<T, bool>, qint8,
                                     std::conditional_t<std::is_same_v<T, qint16>, qint32, T>>;
 
+/** The first element of an array; zero where there is none. */
 template <class T>
-void writeNumbers(QDataStream &stream, const Value &value)
+void writeNumber(QDataStream &stream, const Value &value)
 {
-    for (int i = 0; i < value.count(); ++i) {
-        stream << static_cast<Streamed<T>>(value.data() ? value.load<T>(i) : T());
-    }
+    const bool isThere = value.data() && value.count() > 0;
+    stream << static_cast<Streamed<T>>(isThere ? value.load<T>(0) : T());
 }
 
 const Class *classOf(Kind kind)
@@ -378,7 +378,7 @@ void PrimitiveObject::streamObject(QDataStream &stream) const
     const Value value = Value::of(this);
     if (value.isNumber()) {
         withNative(value.kind(), [&](auto native) {
-            writeNumbers<typename decltype(native)::Type>(stream, value);
+            writeNumber<typename decltype(native)::Type>(stream, value);
         });
     } else if (value.kind() != Kind::Char) {
         Object::streamObject(stream);
@@ -396,7 +396,7 @@ void PrimitiveObject::objectFromStream(QDataStream &stream)
     const Value value = Value::of(this);
     if (value.isNumber()) {
         withNative(value.kind(),
-                   [&](auto native) { streamNumbers<typename decltype(native)::Type>(stream); });
+                   [&](auto native) { readNumber<typename decltype(native)::Type>(stream); });
     } else if (value.kind() != Kind::Char) {
         Object::objectFromStream(stream);
     } else if (value.shape() == Value::Character) {
@@ -593,21 +593,17 @@ void PrimitiveObject::ensureData(PrimitiveValue *value)
 }
 
 template <class T>
-void PrimitiveObject::streamNumbers(QDataStream &stream)
+void PrimitiveObject::readNumber(QDataStream &stream)
 {
-    Value value = Value::of(this);
-    std::vector<Streamed<T>> elements;
-    for (int i = 0; i < value.count() && stream.status() == QDataStream::Ok; ++i) {
-        Streamed<T> element{};
-        stream >> element;
-        elements.push_back(element);
-    }
+    Streamed<T> number{};
+    stream >> number;
     if (stream.status() != QDataStream::Ok) {
         return;
     }
+    Value value = Value::of(this);
     ensureData(&value);
-    for (int i = 0; i < value.count(); ++i) {
-        value.store(i, PrimitiveConversion::converted<T>(elements[static_cast<std::size_t>(i)]));
+    if (value.count() > 0) {
+        value.store(0, PrimitiveConversion::converted<T>(number));
     }
 }
 

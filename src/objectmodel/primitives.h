@@ -104,7 +104,7 @@ public:
     int numChildren() const override;
 
     /**
-     * The value, an array as one value after the other: bool and a single
+     * The value, of an array of numbers the first: bool and a single
      * character qint8; short, int and long qint32; int64 qint64; double double;
      * a text an 8-bit C string, which is a quint32 length that counts the
      * closing NUL, then the bytes with the NUL, and for a null text just the
@@ -160,7 +160,7 @@ private:
     template <class T>
     void setValue(const T &value);
     template <class T>
-    void streamNumbers(QDataStream &stream);
+    void readNumber(QDataStream &stream);
     void streamTexts(QDataStream &stream);
 };
 

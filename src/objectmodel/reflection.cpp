@@ -30,6 +30,8 @@ SharedPtr<Object> constructWith(const Class *c, int index, const ObjectList &arg
     const Constructor *constructor = c->constructor(index);
     if (!constructor) {
         printDiagnostic("Class::construct: No matching constructor found\n");
+        Inspector::self()->setError(QStringLiteral("Cannot construct %1: there is no constructor %2")
+                                        .arg(c->className(), QString::number(index)));
         return {};
     }
     return constructor->construct(arguments);
@@ -56,7 +58,7 @@ const Method *firstOverload(const Class *c, const QString &name)
     const MethodList methods = c->methods(name);
     if (methods.isEmpty()) {
         // Refused by the list itself, in its own words.
-        methods.invoke({}, ObjectList(), static_cast<bool *>(nullptr));
+        methods.invoke({}, ObjectList(), nullptr);
     }
     return methods.at(0);
 }

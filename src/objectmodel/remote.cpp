@@ -1,5 +1,6 @@
 #include "objectmodel/remote.h"
 
+#include "objectmodel/arguments_p.h"
 #include "objectmodel/class_p.h"
 #include "objectmodel/diagnostics_p.h"
 #include "objectmodel/inspector.h"
@@ -303,11 +304,7 @@ bool RemoteClass::setProperty(SharedPtr<Object> object, const Property *property
 SharedPtr<Object> RemoteClass::construct(int, const ObjectList &arguments,
                                          const Constructor *constructor)
 {
-    const int expected = constructor->signature().numArguments();
-    if (int(arguments.size()) != expected) {
-        printDiagnostic("Constructor::construct %s: %d arguments expected, %lu given\n",
-                        qUtf8Printable(className()), expected,
-                        static_cast<unsigned long>(arguments.size()));
+    if (!verifyConstruction(this, arguments, constructor)) {
         return {};
     }
     const RemoteMember member{RemoteMember::Construction, constructor->id(), QString()};

@@ -46,7 +46,8 @@ VANTREL_EXPORT void reportUnwrap(const std::type_info &wanted, const SharedPtr<O
 /**
  * The value of an object as a T, which is any type that ClassBuilder accepts as
  * a parameter by value or by pointer. The object is converted as the argument
- * of a call would be; but pointers, `const char *` among them, refer to the data
+ * of a call would be, or by its conversion delegate, and one text is a list of
+ * one; but pointers, `const char *` among them, refer to the data
  * of @p object itself and are only given where no conversion is needed.
  *
  * When there is no such value the result is T(), @p ok (which may be null)
@@ -65,6 +66,8 @@ T unwrap(const SharedPtr<Object> &object, bool *ok = nullptr)
         return NativeTypes::take<T>(object);
     } catch (const std::exception &error) {
         NativeTypes::reportUnwrap(typeid(T), object, error.what());
+    } catch (...) {
+        NativeTypes::reportUnwrap(typeid(T), object, "unknown exception");
     }
     if (ok) {
         *ok = false;
