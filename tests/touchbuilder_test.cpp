@@ -462,6 +462,18 @@ TEST_F(TouchBuilderTest, ReadsWhatOthersWrite)
     EXPECT_EQ("Strokes cannot be added to a gesture that was loaded", takeError());
 }
 
+TEST_F(TouchBuilderTest, CountsStartTagsAndAttributesOnly)
+{
+    const std::string element = "<a a='' b='' c='' d='' e='' f='' g='' h='' i='' j='' k='' l='' m='' n='' o=''></a>";
+    const std::size_t accepted = 9999998 / 16; // the root has two parts
+    std::string elements;
+    for (std::size_t i = 0; i <= accepted; ++i) {
+        elements += element;
+    }
+    EXPECT_NE(std::string::npos, read(document(elements)).find("row 1, column " + std::to_string(25 + accepted * element.size())
+                                                               + ": more than 10000000 start tags and attributes"));
+}
+
 TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
 {
     const auto nested = [](int depth) {
@@ -477,12 +489,13 @@ TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
     }
     const std::string valid = "pointer='0' x='1' y='2' state='up' ";
     const struct { const char *what; std::string text; const char *error; } rows[] = {
-        {"nothing",              "",                         "Error document empty."},
+        {"nothing",              "",                         "row 1, column 1: there is no element"},
         {"only text",            "hello",                    "row 1, column 1: text outside the root element"},
-        {"no end",               "<gestures version='1.0'>\n", "Error reading end tag."},
-        {"a torn tag",           "<gestures version='1.0'",  "row 1, column 11: Error parsing Element."},
+        {"no end",               "<gestures version='1.0'>\n", "row 2, column 1: the end tag of \"gestures\" is missing"},
+        {"a torn tag",           "<gestures version='1.0'",  "row 1, column 1: Error parsing Element."},
         {"a torn character",     "<gestures a='\xF0",        "Error parsing Element."},
-        {"a wrong end tag",      document("<a></b>"),        "Error reading end tag."},
+        {"a wrong end tag",      document("<a></ab>"),       "row 1, column 28: the end tag of \"a\" was expected"},
+        {"an end tag in two",    document("<a></a b>"),      "the end tag of \"a\" was expected"},
         {"an attribute twice",   "<gestures a='1' a='2'/>",  "Error parsing Element."},
         {"an end too many",      document("") + "</gestures>",
          "row 1, column 36: an end tag without a start tag"},
@@ -494,9 +507,10 @@ TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
         {"a document type",      "<!DOCTYPE a><gestures/>",  "document types are not supported"},
         {"a NUL",                std::string("<gestures\0/>", 12), "row 1, column 10: a NUL character"},
         {"a NUL after the end",  document("") + '\0',        "a NUL character"},
-        {"nesting just allowed", nested(16),                 "Error reading Element value."},
+        {"nesting just allowed", nested(16),                 "the end tag of \"a\" is missing"},
         {"nested too deeply",    nested(17),                 "elements are nested deeper than 16"},
         {"nested endlessly",     nested(100000),             "elements are nested deeper than 16"},
+        {"a tag too large",      "<a b='" + std::string(1 << 20, 'x') + "'/>", "row 1, column 1: a tag larger than 1 MiB"},
         {"too many attributes",  manyAttributes + "/>",      "an element with more than 64 attributes"},
         {"too large",            std::string((256u << 20) + 1, ' '), "the text is larger than 256 MiB"},
         {"another root",         "<gesture version='1.0'/>", "the root element must be \"gestures\""},

@@ -212,7 +212,8 @@ public:
     /**
      * Replaces all gestures by those in @p text. @p error, which may be null,
      * receives the reason of a failure, beginning with "Error in XML data".
-     * Texts above 256 MiB are refused, and so is nesting deeper than 16.
+     * What generateSamples() makes of one gesture is always within the limits,
+     * which keep the memory for any text below 1 GiB.
      */
     bool fromXml(const std::string &text, std::string *error = nullptr);
 
