@@ -170,9 +170,16 @@ Argument Argument::AnyObject(const QString &name)
     return Argument(name, anyObjectClass(), ObjectAttribute::Pointer());
 }
 
+Argument Argument::Unconverted(const QString &name, const Class *type)
+{
+    Argument argument(name, type);
+    argument.m_unconverted = true;
+    return argument;
+}
+
 bool Argument::takesAnyObject() const
 {
-    return m_type == anyObjectClass();
+    return m_unconverted || m_type == anyObjectClass();
 }
 
 bool operator==(const Argument &a, const Argument &b)

@@ -403,7 +403,10 @@ bool TouchBuilder::fromXml(const std::string &text, std::string *error)
         }
         return false;
     }
-    d->drawings.assign(reader.gestures.size(), TouchDrawing());
+    d->drawings.clear();
+    for (const MultiTouchInfo &gesture : reader.gestures) {
+        d->drawings.emplace_back(gesture);
+    }
     d->gestures = std::move(reader.gestures);
     return true;
 }
