@@ -3,6 +3,7 @@
 #include "objectmodel/inspector.h"
 
 #include <QMap>
+#include <QRectF>
 #include <QXmlStreamReader>
 
 #include <gtest/gtest.h>
@@ -764,5 +765,47 @@ TEST_F(TouchBuilderTest, DrawsAPathForEachFinger)
         EXPECT_EQ(row.areas, elements["rect"]);
         EXPECT_EQ(2 * row.starts, elements["circle"]) << "a start and an end mark each";
         EXPECT_GT(elements["line"], 5);
+    }
+}
+
+TEST_F(TouchBuilderTest, DrawsTextsThatDoNotCoverEachOther)
+{
+    using Builder = TouchBuilder;
+    const struct { const char *what; std::function<bool(Builder &)> add; const char *fingers; int texts; } rows[] = {
+        {"ticks that are close",      [](Builder &b) { return b.pinch(50, 100, 45, 10, 400); }, " 2 fingers", 7},
+        {"one place, several times",  [](Builder &b) { return b.doubleTap(50, 100, 2) && b.tap(50, 100, 2); }, " 2 fingers", 7},
+        {"below the caption",         [](Builder &b) { return b.swipe(0, 1, 100, 0, 500); }, " 1 finger,", 7},
+        {"a caption for a thin area", [](Builder &b) { return b.addGesture(1, 200, Builder::Pixel); }, " 0 fingers", 1},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        Builder fresh;
+        ASSERT_TRUE(fresh.addGesture(100, 200, Builder::Pixel) && row.add(fresh));
+        ASSERT_TRUE(fresh.generateSamples(20));
+        QXmlStreamReader picture(QByteArray::fromStdString(fresh.gesture(fresh.numGestures() - 1).toSvg()));
+        QVector<QRectF> boxes;
+        QRectF page;
+        QString caption;
+        while (!picture.atEnd()) {
+            picture.readNext();
+            const auto number = [&](const char *name) { return picture.attributes().value(QLatin1String(name)).toDouble(); };
+            if (picture.isStartElement() && picture.name() == "svg") {
+                page = QRectF(0, 0, number("width"), number("height"));
+            } else if (picture.isStartElement() && picture.name() == "text") {
+                const bool centred = picture.attributes().hasAttribute("text-anchor");
+                const QPointF place(number("x"), number("y") - 8);
+                const QString text = picture.readElementText();
+                caption += boxes.isEmpty() ? text : QString();
+                const double width = 6.4 * text.size();
+                const QRectF box(place - QPointF(centred ? width / 2 : 0, 0), QSizeF(centred ? width : 5.5 * text.size(), 9));
+                EXPECT_TRUE(page.contains(box)) << text.toStdString();
+                for (const QRectF &other : boxes) {
+                    EXPECT_FALSE(box.intersects(other)) << text.toStdString();
+                }
+                boxes << box;
+            }
+        }
+        EXPECT_TRUE(caption.contains(row.fingers)) << caption.toStdString();
+        EXPECT_LE(row.texts, boxes.size());
     }
 }
