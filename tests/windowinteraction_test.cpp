@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QDataStream>
 #include <QStringList>
 
 #include <cmath>
@@ -276,13 +275,6 @@ TEST_F(WindowFunctions, AreDescribedLikeAnyMethod)
               global->methods("_vantrel_window_geometry_get").at(0)->toString());
     EXPECT_EQ(QStringList("_vantrel_window_moveto(Object * object, int x, int y): expects 3 arguments, 2 given"),
               list.explain({nullptr, number(1)}));
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    list.at(0)->writeObject(out);
-    Method copy(global);
-    QDataStream stream(bytes);
-    copy.readObject(stream);
-    EXPECT_EQ(list.at(0)->signature(), copy.signature());
 
     testing::internal::CaptureStderr();
     EXPECT_FALSE(list.at(0)->invoke({}, {window(frameClass())}));
