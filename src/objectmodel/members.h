@@ -358,7 +358,7 @@ public:
     /** @return -1 when @p index is out of range. */
     int value(int index) const;
     /**
-     * The value of a key; of a mask also that of several keys joined with "|".
+     * The value of a key; keys joined with "|" are taken by arguments only.
      * @return -1, with @p ok (which may be null) set to false, when there is no such key.
      */
     int value(const QString &key, bool *ok) const;
