@@ -498,7 +498,7 @@ TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
         {"no end",               "<gestures version='1.0'>\n", "row 2, column 1: the end tag of \"gestures\" is missing"},
         {"a torn tag",           "<gestures version='1.0'",  "row 1, column 1: Error parsing Element."},
         {"a torn character",     "<gestures a='\xF0",        "Error parsing Element."},
-        {"a wrong end tag",      document("<a></ab>"),       "row 1, column 28: the end tag of \"a\" was expected"},
+        {"a wrong end tag",      document("<a></b>"),        "row 1, column 28: the end tag of \"a\" was expected"},
         {"an end tag in two",    document("<a></a b>"),      "the end tag of \"a\" was expected"},
         {"an attribute twice",   "<gestures a='1' a='2'/>",  "Error parsing Element."},
         {"an end too many",      document("") + "</gestures>",
@@ -773,7 +773,7 @@ TEST_F(TouchBuilderTest, DrawsTextsThatDoNotCoverEachOther)
     using Builder = TouchBuilder;
     const struct { const char *what; std::function<bool(Builder &)> add; const char *fingers; int texts; } rows[] = {
         {"ticks that are close",      [](Builder &b) { return b.pinch(50, 100, 45, 10, 400); }, " 2 fingers", 7},
-        {"one place, several times",  [](Builder &b) { return b.doubleTap(50, 100, 2) && b.tap(50, 100, 2); }, " 2 fingers", 7},
+        {"one place, several times",  [](Builder &b) { return b.doubleTap(50, 1, 2) && b.doubleTap(50, 1, 2) && b.doubleTap(50, 1, 2); }, " 2 fingers", 9},
         {"below the caption",         [](Builder &b) { return b.swipe(0, 1, 100, 0, 500); }, " 1 finger,", 7},
         {"a caption for a thin area", [](Builder &b) { return b.addGesture(1, 200, Builder::Pixel); }, " 0 fingers", 1},
     };
