@@ -140,7 +140,9 @@ TEST_F(GestureBuilder, BuildsATransformedGesture)
 
 TEST_F(GestureBuilder, PresetsAddTheirStrokes)
 {
-    EXPECT_TRUE(run("tap", 1, 1) && run("tap", 1, 1, 2) && run("doubleTap", 1, 1) && run("doubleTap", 1, 1, 2));
+    EXPECT_TRUE(run("tap", -1, 1));
+    EXPECT_EQ(QStringLiteral("Warning: finger 1 leaves the touch area"), takeError());
+    EXPECT_TRUE(run("tap", 1, 1, 2) && run("doubleTap", 1, 1) && run("doubleTap", 1, 1, 2));
     EXPECT_TRUE(run("longPress", 1, 1, 9) && run("longPress", 1, 1, 9, 2));
     EXPECT_TRUE(run("swipe", 1, 1, 5, 5, 9) && run("swipe", 1, 1, 5, 5, 9, 2));
     EXPECT_TRUE(run("pinch", 1, 1, 5, 2, 9) && run("pinch", 1, 1, 5, 2, 9, 3));
