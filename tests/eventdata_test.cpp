@@ -149,6 +149,14 @@ TEST(EventData, GivesUpOnCountsThatCannotBe)
     }
     EventData event;
     int unread = 0;
+    const QByteArray all = number(EventData::ObjectEvent) + text("{button}") + afterSource;
+    for (const char *what : {"{button}", "clicked", "{window}", "other", "5", "items", "target", "shop"}) {
+        QByteArray bytes = all;
+        const int place = bytes.indexOf(text(what));
+        bytes.replace(place, 4, number(5));
+        EXPECT_EQ(QDataStream::ReadCorruptData, readFrom(bytes, event, &unread)) << what;
+        EXPECT_EQ(bytes.size() - place - 4, unread) << what << ": reading stops at half a character";
+    }
     EXPECT_EQ(QDataStream::ReadCorruptData,
               readFrom(number(2) + text("e") + number(0) + text("w") + number(0) + number(-1)
                            + number(9) + text("not read"),

@@ -264,6 +264,9 @@ TEST_F(Invocation, AcceptsTheKeysOfAnEnum)
     };
     EXPECT_EQ(8, call(primitiveOf("High")));
     EXPECT_EQ(3, call(primitiveOf("3")));
+    EXPECT_EQ(11, call(primitiveOf("Low| High")));
+    EXPECT_FALSE(set.explain({primitiveOf("Low|Top")}).isEmpty());
+    EXPECT_FALSE(set.explain({primitiveOf("Low|")}).isEmpty());
     EXPECT_EQ(5, call(primitiveOf(5)));
     EXPECT_EQ(-1, call(primitiveOf("high")));
     EXPECT_EQ((QStringList {"set(VtEnumOwner::Level): argument 1: 'high' is no key of Level"}),

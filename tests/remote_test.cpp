@@ -148,6 +148,9 @@ TEST(RemoteClass, HasTheMembersOfItsDescription)
     c = read(
         classNamed("RemoteTest_Namesake", "", 1, method("f", "RemoteTest_Namesake", 0, namesake)));
     EXPECT_EQ(nullptr, c->method(0)->signature().arguments().first().type());
+    c = read(classNamed("RemoteTest_Taker", "", 1,
+                        method("f", "RemoteTest_Taker", 0, number(1) + written(Argument::AnyObject()))));
+    EXPECT_TRUE(c->method(0)->signature().arguments().first().takesAnyObject());
     c = remote;
 
     inspector()->lastError();

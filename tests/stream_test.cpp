@@ -357,6 +357,8 @@ TEST(Stream, ReadsUnknownClassesAndEnumsAsNull)
              argument);
     EXPECT_FALSE(argument.isValid());
     EXPECT_EQ(nullptr, argument.enumType());
+    readFrom(text("a") + text("Object") + number(-1) + number(0) + number(0) + text("") + text(""), argument);
+    EXPECT_FALSE(argument.isValid()) << "a class in no namespace";
     for (int nameSpaceId : {-5, 1000000}) {
         readFrom(text("a") + text("int") + number(nameSpaceId) + number(0) + number(0)
                      + text("StreamTest_Nowhere") + text("Speed"),
@@ -378,6 +380,12 @@ TEST(Stream, ReadsNamespacesIntoTheTree)
     EXPECT_EQ(inner, outer->getNamespace("StreamTest_Inner"));
     EXPECT_EQ(known + 1, inspector()->numNamespaces());
     EXPECT_EQ(inner, inspector()->nameSpace("StreamTest_Inner"));
+    const QByteArray moved = number(4712) + text("StreamTest_Cut") + number(-1);
+    for (int size = 0; size < moved.size(); ++size) {
+        EXPECT_EQ(QDataStream::ReadPastEnd, readFrom(moved.left(size), *inner));
+        EXPECT_EQ(outer, inner->enclosingNamespace());
+        EXPECT_EQ(known + 1, inspector()->numNamespaces());
+    }
     EXPECT_EQ(number(4711) + text("StreamTest_Inner") + number(outer->id()), written(*inner));
 
     readFrom(number(outer->id()) + text("StreamTest_Outer") + number(known), *outer);
@@ -462,6 +470,14 @@ TEST(Stream, CountsThePropertiesOfTheDelegateAsOwnOnes)
         + number(0) + number(3) + text("extra") + intType("") + name + number(0) + number(1)
         + number(1) + number(0);
     EXPECT_EQ(expected.toHex(), written(*static_cast<const Class *>(c)).toHex());
+
+    auto *bare = new TestClass("StreamTest_ExtendedBare");
+    bare->undeclare();
+    new Delegate(bare);
+    EXPECT_EQ((headerOf(bare) + text("") + number(0) + number(-1) + number(-1) + number(1) + number(0) + number(-1)
+               + text("extra") + intType("") + text("StreamTest_ExtendedBare") + number(0) + number(0) + number(1) + number(0))
+                  .toHex(),
+              written(*static_cast<const Class *>(bare)).toHex());
 }
 
 TEST(Stream, WritesAnObjectByItsReadableProperties)

@@ -3,6 +3,7 @@
 #include "objectmodel/inspector.h"
 
 #include <QMap>
+#include <QRectF>
 #include <QXmlStreamReader>
 
 #include <gtest/gtest.h>
@@ -336,6 +337,8 @@ TEST_F(TouchBuilderTest, KeepsItsSamplesWhenSamplingFails)
     const auto before = samples();
     ASSERT_TRUE(builder.addStroke(15, 1, 1));
     EXPECT_EQ("Stroke added without a movement", sample(20));
+    ASSERT_TRUE(builder.lineTo(0, 2, 2));
+    EXPECT_EQ("Stroke added without a movement", sample(20)) << "it would never end";
     ASSERT_TRUE(builder.lineTo(10, 2, 2));
     EXPECT_EQ("No pointers down at 12 ms", sample(3));
     EXPECT_EQ(before, samples());
@@ -350,7 +353,7 @@ TEST_F(TouchBuilderTest, LimitsTheNumberOfPoints)
     EXPECT_EQ("", sample(1));
     EXPECT_EQ(1000000u, info().samples.size());
     ASSERT_TRUE(builder.addStroke(0, 1, 1));
-    ASSERT_TRUE(builder.lineTo(0, 2, 2));
+    ASSERT_TRUE(builder.lineTo(1, 2, 2));
     EXPECT_EQ("Too many samples", sample(1));
     EXPECT_EQ(1000000u, info().samples.size());
 }
@@ -458,8 +461,21 @@ TEST_F(TouchBuilderTest, ReadsWhatOthersWrite)
     EXPECT_EQ(0.5f, info().samples[1].points[0].size);
     EXPECT_EQ("", sample(20));
     EXPECT_EQ(2u, info().samples.size()) << "a gesture without strokes keeps its samples";
-    EXPECT_FALSE(builder.addStroke(0, 1, 1));
-    EXPECT_EQ("Strokes cannot be added to a gesture that was loaded", takeError());
+    ASSERT_TRUE(builder.addStroke(0, 1, 1) && builder.lineTo(20, 2, 2)) << takeError();
+    EXPECT_EQ("", sample(20));
+    EXPECT_EQ((std::vector<std::string> {"0: 0d(1,1)", "20: 0u(2,2)"}), samples());
+}
+
+TEST_F(TouchBuilderTest, CountsStartTagsAndAttributesOnly)
+{
+    const std::string element = "<a a='' b='' c='' d='' e='' f='' g='' h='' i='' j='' k='' l='' m='' n='' o=''></a>";
+    const std::size_t accepted = 9999998 / 16; // the root has two parts
+    std::string elements;
+    for (std::size_t i = 0; i <= accepted; ++i) {
+        elements += element;
+    }
+    EXPECT_NE(std::string::npos, read(document(elements)).find("row 1, column " + std::to_string(25 + accepted * element.size())
+                                                               + ": more than 10000000 start tags and attributes"));
 }
 
 TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
@@ -477,12 +493,13 @@ TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
     }
     const std::string valid = "pointer='0' x='1' y='2' state='up' ";
     const struct { const char *what; std::string text; const char *error; } rows[] = {
-        {"nothing",              "",                         "Error document empty."},
+        {"nothing",              "",                         "row 1, column 1: there is no element"},
         {"only text",            "hello",                    "row 1, column 1: text outside the root element"},
-        {"no end",               "<gestures version='1.0'>\n", "Error reading end tag."},
-        {"a torn tag",           "<gestures version='1.0'",  "row 1, column 11: Error parsing Element."},
+        {"no end",               "<gestures version='1.0'>\n", "row 2, column 1: the end tag of \"gestures\" is missing"},
+        {"a torn tag",           "<gestures version='1.0'",  "row 1, column 1: Error parsing Element."},
         {"a torn character",     "<gestures a='\xF0",        "Error parsing Element."},
-        {"a wrong end tag",      document("<a></b>"),        "Error reading end tag."},
+        {"a wrong end tag",      document("<a></b>"),        "row 1, column 28: the end tag of \"a\" was expected"},
+        {"an end tag in two",    document("<a></a b>"),      "the end tag of \"a\" was expected"},
         {"an attribute twice",   "<gestures a='1' a='2'/>",  "Error parsing Element."},
         {"an end too many",      document("") + "</gestures>",
          "row 1, column 36: an end tag without a start tag"},
@@ -494,9 +511,10 @@ TEST_F(TouchBuilderTest, RefusesABadDocumentAndKeepsItsGestures)
         {"a document type",      "<!DOCTYPE a><gestures/>",  "document types are not supported"},
         {"a NUL",                std::string("<gestures\0/>", 12), "row 1, column 10: a NUL character"},
         {"a NUL after the end",  document("") + '\0',        "a NUL character"},
-        {"nesting just allowed", nested(16),                 "Error reading Element value."},
+        {"nesting just allowed", nested(16),                 "the end tag of \"a\" is missing"},
         {"nested too deeply",    nested(17),                 "elements are nested deeper than 16"},
         {"nested endlessly",     nested(100000),             "elements are nested deeper than 16"},
+        {"a tag too large",      "<a b='" + std::string(1 << 20, 'x') + "'/>", "row 1, column 1: a tag larger than 1 MiB"},
         {"too many attributes",  manyAttributes + "/>",      "an element with more than 64 attributes"},
         {"too large",            std::string((256u << 20) + 1, ' '), "the text is larger than 256 MiB"},
         {"another root",         "<gesture version='1.0'/>", "the root element must be \"gestures\""},
@@ -598,7 +616,7 @@ TEST_F(TouchBuilderTest, PresetsMoveTheFingersAsTheyAreNamed)
          {{55, 60}, {50, 65}, {45, 60}, {50, 55}}, {{90, 60}, {50, 100}, {10, 60}, {50, 20}}},
         {"rotate and pinch", [](Builder &b) { return b.rotateBy(50, 60, 40, 20, -270, 100, 2); }, 2, 100,
          {{90, 60}, {10, 60}}, {{50, 80}, {50, 40}}},
-        {"rotate by nothing", [](Builder &b) { return b.rotateBy(50, 60, 40, 0, 0); }, 2, 0,
+        {"rotate by nothing", [](Builder &b) { return b.rotateBy(50, 60, 40, 0, 1); }, 2, 1,
          {{90, 60}, {10, 60}}, {{90, 60}, {10, 60}}},
     };
     for (const auto &row : rows) {
@@ -611,12 +629,52 @@ TEST_F(TouchBuilderTest, PresetsMoveTheFingersAsTheyAreNamed)
         const TouchBuilder::Sample &first = samples.front(), &last = samples.back();
         ASSERT_TRUE(first.points.size() == row.fingers && last.points.size() == row.fingers);
         for (std::size_t i = 0; i < row.fingers; ++i) {
-            EXPECT_NEAR(row.duration > 0 ? row.starts[i].first : row.ends[i].first, first.points[i].x, 1e-3);
+            EXPECT_NEAR(row.starts[i].first, first.points[i].x, 1e-3);
             EXPECT_NEAR(row.starts[i].second, first.points[i].y, 1e-3);
             EXPECT_NEAR(row.ends[i].first, last.points[i].x, 1e-3);
             EXPECT_NEAR(row.ends[i].second, last.points[i].y, 1e-3);
         }
     }
+}
+
+TEST_F(TouchBuilderTest, PresetsKeepTheirSpacingThroughAConversion)
+{
+    info().toMilliMeter(96, 48); // 26.46 x 105.83 mm
+    ASSERT_TRUE(builder.swipe(20, 20, 30, 40, 50, 3));
+    ASSERT_EQ("", sample(50));
+    builder.toXml();
+    const auto &points = info().samples[0].points;
+    for (int i = 0; i < 2; ++i) {
+        const double dx = points[i + 1].x - points[i].x, dy = points[i + 1].y - points[i].y;
+        EXPECT_NEAR(2.6458, std::hypot(dx, dy), 1e-3);
+        EXPECT_NEAR(0, dx * 30 / 96 + dy * 40 / 48, 1e-3) << "across the swipe";
+    }
+}
+
+TEST_F(TouchBuilderTest, PresetsWarnOfFingersOutside)
+{
+    using Builder = TouchBuilder;
+    const struct { const char *what; std::function<bool(Builder &)> add; const char *warning; } rows[] = {
+        {"along the edges",      [](Builder &b) { return b.swipe(100, 10, 0, 190, 9); }, ""},
+        {"the second begins",    [](Builder &b) { return b.tap(94, 10, 2) && b.tap(96, 10, 2); }, "Warning: finger 2 leaves the touch area"},
+        {"the first ends",       [](Builder &b) { return b.swipe(10, 10, 0, -11, 9); }, "Warning: finger 1 leaves the touch area"},
+        {"within a turn",        [](Builder &b) { return b.rotateBy(50, 100, 50, 80, 9); }, ""},
+        {"in the middle of it",  [](Builder &b) { return b.rotateBy(50, 165, 36, 150, 9); }, "Warning: finger 1 leaves the touch area"},
+    };
+    for (const auto &row : rows) {
+        EXPECT_TRUE(row.add(builder));
+        EXPECT_EQ(row.warning, takeError()) << row.what;
+    }
+}
+
+TEST_F(TouchBuilderTest, TransformsByFiniteNumbersOnly)
+{
+    EXPECT_FALSE(builder.translate(infinity, 0) || builder.rotate(notANumber, 0, 0, true)
+                 || builder.rotate(1, infinity, 0, false) || builder.scale(1, -infinity, 0, 0, true)
+                 || builder.scale(1, 1, 0, notANumber, false));
+    EXPECT_EQ("Arguments must be finite numbers", takeError());
+    EXPECT_FALSE(info().matrixSet);
+    EXPECT_TRUE(builder.scale(1, 1, notANumber, 0, true)) << "the centre is the area's";
 }
 
 TEST_F(TouchBuilderTest, TurnsOnACircle)
@@ -649,7 +707,7 @@ TEST_F(TouchBuilderTest, PresetsFollowEachOtherAfterAPause)
 TEST_F(TouchBuilderTest, PresetsCheckTheirArgumentsAndAddNothing)
 {
     using Builder = TouchBuilder;
-    const char *const time = "Time must be 0 or above";
+    const char *const time = "Duration must be 1 or above";
     const char *const place = "Coordinates must be finite numbers";
     const char *const distances = "Distances must be 0 or above";
     const char *const angle = "Angle must be between -36000 and 36000";
@@ -657,7 +715,7 @@ TEST_F(TouchBuilderTest, PresetsCheckTheirArgumentsAndAddNothing)
         {[](Builder &b) { return b.tap(1, 1, 0); },                     "Fingers must be between 1 and 10"},
         {[](Builder &b) { return b.swipe(1, 1, 1, 1, 9, 11); },         "Fingers must be between 1 and 10"},
         {[](Builder &b) { return b.spread(1, 1, 2, 5, 9, 1); },         "Fingers must be between 2 and 10"},
-        {[](Builder &b) { return b.longPress(1, 1, -1); },              time},
+        {[](Builder &b) { return b.longPress(1, 1, 0); },               time},
         {[](Builder &b) { return b.rotateBy(1, 1, 1, 1, -1); },         time},
         {[](Builder &b) { return b.doubleTap(notANumber, 1); },                place},
         {[](Builder &b) { return b.swipe(1, 1, infinity, 1, 9); },      place},
@@ -684,7 +742,7 @@ TEST_F(TouchBuilderTest, DrawsAPathForEachFinger)
     ASSERT_TRUE(builder.addGesture(50, 50, TouchBuilder::MilliMeter));
     ASSERT_TRUE(builder.addGesture(5, 5, TouchBuilder::MilliMeter) && builder.addStroke(0, 1, 1));
     const std::string unsampled = builder.toSvg();
-    ASSERT_TRUE(builder.lineTo(0, 1e30, 1));
+    ASSERT_TRUE(builder.lineTo(1, 1e30, 1));
     builder.gesture(3).translate(3, 1e38);
     ASSERT_EQ("", sample(1));
     builder.gesture(2).samples = {{0, {{4, 1, 1}}}, {5, {}}, {9, {{4, float(notANumber), 1}}}, {9, {{4, 2, 2}}}};
@@ -707,5 +765,47 @@ TEST_F(TouchBuilderTest, DrawsAPathForEachFinger)
         EXPECT_EQ(row.areas, elements["rect"]);
         EXPECT_EQ(2 * row.starts, elements["circle"]) << "a start and an end mark each";
         EXPECT_GT(elements["line"], 5);
+    }
+}
+
+TEST_F(TouchBuilderTest, DrawsTextsThatDoNotCoverEachOther)
+{
+    using Builder = TouchBuilder;
+    const struct { const char *what; std::function<bool(Builder &)> add; const char *fingers; int texts; } rows[] = {
+        {"ticks that are close",      [](Builder &b) { return b.pinch(50, 100, 45, 10, 400); }, " 2 fingers", 7},
+        {"one place, several times",  [](Builder &b) { return b.doubleTap(50, 1, 2) && b.doubleTap(50, 1, 2) && b.doubleTap(50, 1, 2); }, " 2 fingers", 9},
+        {"below the caption",         [](Builder &b) { return b.swipe(0, 1, 100, 0, 500); }, " 1 finger,", 7},
+        {"a caption for a thin area", [](Builder &b) { return b.addGesture(1, 200, Builder::Pixel); }, " 0 fingers", 1},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        Builder fresh;
+        ASSERT_TRUE(fresh.addGesture(100, 200, Builder::Pixel) && row.add(fresh));
+        ASSERT_TRUE(fresh.generateSamples(20));
+        QXmlStreamReader picture(QByteArray::fromStdString(fresh.gesture(fresh.numGestures() - 1).toSvg()));
+        QVector<QRectF> boxes;
+        QRectF page;
+        QString caption;
+        while (!picture.atEnd()) {
+            picture.readNext();
+            const auto number = [&](const char *name) { return picture.attributes().value(QLatin1String(name)).toDouble(); };
+            if (picture.isStartElement() && picture.name() == "svg") {
+                page = QRectF(0, 0, number("width"), number("height"));
+            } else if (picture.isStartElement() && picture.name() == "text") {
+                const bool centred = picture.attributes().hasAttribute("text-anchor");
+                const QPointF place(number("x"), number("y") - 8);
+                const QString text = picture.readElementText();
+                caption += boxes.isEmpty() ? text : QString();
+                const double width = 6.4 * text.size();
+                const QRectF box(place - QPointF(centred ? width / 2 : 0, 0), QSizeF(centred ? width : 5.5 * text.size(), 9));
+                EXPECT_TRUE(page.contains(box)) << text.toStdString();
+                for (const QRectF &other : boxes) {
+                    EXPECT_FALSE(box.intersects(other)) << text.toStdString();
+                }
+                boxes << box;
+            }
+        }
+        EXPECT_TRUE(caption.contains(row.fingers)) << caption.toStdString();
+        EXPECT_LE(row.texts, boxes.size());
     }
 }

@@ -50,11 +50,28 @@ SharedPtr<Object> converted(const SharedPtr<Object> &value, const Argument &decl
                                                                             : SharedPtr<Object>();
 }
 
+/** The value of a key, or of several keys of bits as in "AlignLeft | AlignTop". */
+int valueOfKeys(const Enum &enumType, const QString &keys, bool *ok)
+{
+    int value = enumType.value(keys, ok);
+    if (*ok || !enumType.isMask() || !keys.contains(u'|')) {
+        return value;
+    }
+    *ok = true;
+    value = 0;
+    for (const QString &key : keys.split(u'|')) {
+        bool isKey = false;
+        value |= enumType.value(key.trimmed(), &isKey);
+        *ok = *ok && isKey;
+    }
+    return value;
+}
+
 /** Enums accept the texts of their keys, and numbers written as text. */
 SharedPtr<Object> enumValue(const SharedPtr<Object> &text, const Argument &declared)
 {
     bool ok = false;
-    int number = declared.enumType()->value(text->toString(), &ok);
+    int number = valueOfKeys(*declared.enumType(), text->toString(), &ok);
     if (!ok) {
         number = text->toString().toInt(&ok);
     }

@@ -14,6 +14,9 @@ using Map = std::map<QString, SharedPtr<Object>>;
 const QLatin1String arrayClassName("Vantrel_Array");
 const QLatin1String mapClassName("Vantrel_Map");
 
+/** The length of an array is a claim of another process. */
+constexpr qint64 maxItems = 10000000;
+
 const Class *containerClass(QLatin1String name)
 {
     const Namespace *root = Inspector::self()->globalNamespace();
@@ -97,18 +100,16 @@ Array ArrayClass::unwrapRemoteObject(SharedPtr<Object> array)
     if (count <= 0) {
         return items;
     }
-    const Method *at = firstOverload(array->type(), QStringLiteral("at"));
-    if (!at) {
+    if (count > maxItems) {
+        Inspector::self()->setError(
+            QStringLiteral("Cannot read an array of %1 items: at most %2 are supported")
+                .arg(count)
+                .arg(maxItems));
         return items;
     }
-    // The length is a claim of another process: nothing is reserved on its word.
-    for (qint64 i = 0; i < count; ++i) {
-        SharedPtr<Object> item =
-            at->invoke(array, ObjectList{Inspector::self()->createPrimitive(i)});
-        if (!item) {
-            break;
-        }
-        items.push_back(std::move(item));
+    const Method *at = firstOverload(array->type(), QStringLiteral("at"));
+    for (qint64 i = 0; at && i < count; ++i) {
+        items.push_back(at->invoke(array, ObjectList{Inspector::self()->createPrimitive(i)}));
     }
     return items;
 }
@@ -157,7 +158,9 @@ Map MapClass::unwrapRemoteObject(SharedPtr<Object> map)
         return entries;
     }
     for (const SharedPtr<Object> &key : keys) {
-        entries[key->toString()] = at->invoke(map, ObjectList{key});
+        if (key) { // a key that could not be read names nothing
+            entries[key->toString()] = at->invoke(map, ObjectList{key});
+        }
     }
     return entries;
 }

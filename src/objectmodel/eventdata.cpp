@@ -31,6 +31,14 @@ void readArguments(QDataStream &stream, std::vector<EventDataArg> &arguments, Re
     }
 }
 
+/** Reads one field after the other; false, without a look at the rest, when one is broken. */
+template <class... Field>
+bool readFields(QDataStream &stream, Field &...fields)
+{
+    const auto isOk = [&stream] { return stream.status() == QDataStream::Ok; };
+    return ((isOk() && (stream >> fields, isOk())) && ...);
+}
+
 bool hasClassName(qint32 kind)
 {
     return kind == EventData::ClassEvent || kind == EventData::TypeEvent;
@@ -98,19 +106,18 @@ void EventDataArg::read(QDataStream &stream, int depth)
         stream.setStatus(QDataStream::ReadCorruptData);
         return;
     }
-    stream >> name >> attributeFlags >> kind;
-    if (stream.status() != QDataStream::Ok) {
+    if (!readFields(stream, name, attributeFlags, kind)) {
         return;
     }
     switch (kind) {
     case Value:
-        stream >> value >> classId;
+        readFields(stream, value, classId);
         break;
     case List:
         readArguments(stream, items, [&](EventDataArg &item) { item.read(stream, depth + 1); });
         break;
     case ObjectReference:
-        stream >> objectName >> className;
+        readFields(stream, objectName, className);
         alternativeNames = readStringList(stream);
         break;
     default:
@@ -154,21 +161,18 @@ void EventData::writeObject(QDataStream &stream) const
 void EventData::readObject(QDataStream &stream)
 {
     *this = EventData();
-    stream >> kind;
-    if (stream.status() != QDataStream::Ok) {
+    if (!readFields(stream, kind)) {
         return;
     }
     if (kind == ObjectEvent) {
-        stream >> objectName;
+        readFields(stream, objectName);
     } else if (hasClassName(kind)) {
-        stream >> className;
+        readFields(stream, className);
     }
-    stream >> eventName >> time >> windowName;
+    readFields(stream, eventName, time, windowName);
     alternativeNames = readStringList(stream);
     readArguments(stream, arguments, [&](EventDataArg &item) { item.readObject(stream); });
-    if (stream.status() == QDataStream::Ok) {
-        stream >> processId >> applicationName;
-    }
+    readFields(stream, processId, applicationName);
 }
 
 } // namespace Vantrel

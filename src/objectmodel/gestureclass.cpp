@@ -1,16 +1,18 @@
 #include "objectmodel/gestureclass.h"
 
+#include "objectmodel/arguments_p.h"
+#include "objectmodel/checkednumbers_p.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
 #include "objectmodel/primitiveids.h"
 #include "objectmodel/touchbuilder.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -34,13 +36,7 @@ bool refused(const QString &error)
     return false;
 }
 
-// What a method takes. A Finite is a number that the builder itself does not check.
-
-struct Finite
-{
-    double value;
-    operator double() const { return value; }
-};
+// What a method takes.
 
 template <class T>
 struct Native;
@@ -48,22 +44,21 @@ struct Native;
 template <>
 struct Native<int>
 {
-    static Argument type(const QString &name) { return {name, primitive(PrimitiveId::Int)}; }
+    static Argument type(const QString &name)
+    {
+        return Argument::Unconverted(name, primitive(PrimitiveId::Int));
+    }
     static int read(const void *data) { return *static_cast<const int *>(data); }
 };
 
 template <>
 struct Native<double>
 {
-    static Argument type(const QString &name) { return {name, primitive(PrimitiveId::Double)}; }
+    static Argument type(const QString &name)
+    {
+        return Argument::Unconverted(name, primitive(PrimitiveId::Double));
+    }
     static double read(const void *data) { return *static_cast<const double *>(data); }
-};
-
-template <>
-struct Native<Finite>
-{
-    static Argument type(const QString &name) { return Native<double>::type(name); }
-    static Finite read(const void *data) { return {Native<double>::read(data)}; }
 };
 
 template <>
@@ -77,15 +72,34 @@ struct Native<const char *>
     static const char *read(const void *data) { return static_cast<const char *>(data); }
 };
 
-template <class T>
-bool isAcceptable(T)
+/** @p argument as @p declared; null when that is a number and the argument is none. */
+SharedPtr<Object> checked(const SharedPtr<Object> &argument, const Argument &declared)
 {
-    return true;
+    Inspector *inspector = Inspector::self();
+    if (!declared.takesAnyObject()) {
+        return argument;
+    }
+    if (declared.type() == primitive(PrimitiveId::Int)) {
+        const std::optional<int> number = checkedInteger(argument);
+        return number ? inspector->createPrimitive(*number) : SharedPtr<Object>();
+    }
+    const std::optional<double> number = checkedNumber(argument);
+    return number ? inspector->createPrimitive(*number) : SharedPtr<Object>();
 }
 
-bool isAcceptable(Finite number)
+/** Puts what native code can read into @p list; false, with the error set, when there is nothing.
+ */
+bool checkArguments(const Signature &signature, const ObjectList &arguments, ObjectList *list)
 {
-    return std::isfinite(number.value);
+    for (const Argument &declared : signature.arguments()) {
+        const std::size_t index = list->size();
+        list->push_back(checked(arguments[index], declared));
+        if (!list->back() && declared.takesAnyObject()) {
+            return refused(QStringLiteral("%1: argument %2 is not a number")
+                               .arg(signature.name(), QString::number(index + 1)));
+        }
+    }
+    return true;
 }
 
 // What a method gives. A plain bool says whether a command was accepted; its error is set if not.
@@ -151,10 +165,6 @@ MethodRow makeRow(const char *name, const char *argumentNames, Function function
     ((I < given ? row.arguments.append(Native<A>::type(names[int(I)])) : void()), ...);
     row.call = [=](TouchBuilder &builder, [[maybe_unused]] void **arguments) {
         const std::tuple<A...> values{Native<A>::read(I < given ? arguments[I] : &missing)...};
-        if (!(isAcceptable(std::get<I>(values)) && ...)) {
-            refused(QStringLiteral("Arguments must be finite numbers"));
-            return SharedPtr<Object>();
-        }
         return Result<R>::wrap(std::invoke(function, builder, std::get<I>(values)...));
     };
     return row;
@@ -193,41 +203,28 @@ Truth fromXml(TouchBuilder &builder, const char *xml)
     return {false};
 }
 
-bool translate(TouchBuilder &builder, Finite dx, Finite dy)
+bool rotate(TouchBuilder &builder, double angle)
 {
-    builder.translate(dx, dy);
-    return true;
+    return builder.rotate(angle, 0, 0, true);
 }
 
-bool rotate(TouchBuilder &builder, Finite angle)
+bool rotateAbout(TouchBuilder &builder, double angle, double x, double y)
 {
-    builder.rotate(angle, 0, 0, true);
-    return true;
+    return builder.rotate(angle, x, y, false);
 }
 
-bool rotateAbout(TouchBuilder &builder, Finite angle, Finite x, Finite y)
+bool scale(TouchBuilder &builder, double sx, double sy)
 {
-    builder.rotate(angle, x, y, false);
-    return true;
+    return builder.scale(sx, sy, 0, 0, true);
 }
 
-bool scale(TouchBuilder &builder, Finite sx, Finite sy)
+bool scaleAbout(TouchBuilder &builder, double sx, double sy, double x, double y)
 {
-    builder.scale(sx, sy, 0, 0, true);
-    return true;
+    return builder.scale(sx, sy, x, y, false);
 }
 
-bool scaleAbout(TouchBuilder &builder, Finite sx, Finite sy, Finite x, Finite y)
+bool accelerate(TouchBuilder &builder, double factor)
 {
-    builder.scale(sx, sy, x, y, false);
-    return true;
-}
-
-bool accelerate(TouchBuilder &builder, Finite factor)
-{
-    if (factor < 0) {
-        return refused(QStringLiteral("Factor must be 0 or above"));
-    }
     builder.accelerate(factor);
     return true;
 }
@@ -251,7 +248,7 @@ const std::vector<MethodRow> &methodRows()
     static const std::vector<MethodRow> rows = {
         method("toXml", "", toXml),
         method("fromXml", "xml", fromXml),
-        method("translate", "dx dy", translate),
+        method("translate", "dx dy", &Builder::translate),
         method("rotate", "angle", rotate),
         method("rotate", "angle x y", rotateAbout),
         method("scale", "sx sy", scale),
@@ -329,6 +326,18 @@ GestureClass::GestureClass() : Class("GestureBuilder", true)
 
 GestureClass::~GestureClass() = default;
 
+SharedPtr<Object> GestureClass::invoke(int, SharedPtr<Object> object, const ObjectList &arguments,
+                                       const Method *method)
+{
+    ObjectList list;
+    if (!verifyCall(this, object, arguments, method)
+        || !checkArguments(method->signature(), arguments, &list)) {
+        return {};
+    }
+    NativeArguments native(list);
+    return Class::invoke(object, method, native.data());
+}
+
 SharedPtr<Object> GestureClass::invoke(int methodId, void *data, void **arguments, const Class *)
 {
     if (!data || methodId < 0 || methodId >= int(methodRows().size())) {
@@ -351,6 +360,18 @@ SharedPtr<Object> GestureClass::getProperty(int propertyId, void *data, const Cl
     const int last = builder->numGestures() - 1;
     const double value = last < 0 ? 0 : builder->gesture(last).*propertyRows[propertyId].value;
     return Inspector::self()->createPrimitive(value);
+}
+
+SharedPtr<Object> GestureClass::construct(int index, const ObjectList &arguments,
+                                          const Constructor *constructor)
+{
+    ObjectList list;
+    if (!verifyConstruction(this, arguments, constructor)
+        || !checkArguments(constructor->signature(), arguments, &list)) {
+        return {};
+    }
+    NativeArguments native(list);
+    return construct(index, native.data());
 }
 
 SharedPtr<Object> GestureClass::construct(int index, void **arguments)

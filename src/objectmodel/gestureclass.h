@@ -28,6 +28,12 @@ public:
     bool compare(SharedPtr<Object> a, SharedPtr<Object> b) const override;
 
 private:
+    // Numbers arrive here as they were given, because "abc" is no place to touch.
+    SharedPtr<Object> invoke(int methodId, SharedPtr<Object> object, const ObjectList &arguments,
+                             const Method *method) override;
+    SharedPtr<Object> construct(int index, const ObjectList &arguments,
+                                const Constructor *constructor) override;
+
     Constructor *createConstructor(int index) const override;
     Method *createMethod(int methodId) const override;
     Property *createProperty(int propertyId) const override;

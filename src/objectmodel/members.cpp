@@ -30,7 +30,7 @@ QString argumentTypeText(const Argument &argument)
 {
     const Enum *enumType = argument.enumType();
     if (!enumType) {
-        return argument.type() ? argument.type()->className() : QString();
+        return argument.type() ? argument.type()->className() : QStringLiteral("undefined");
     }
     const Class *owner = enumType->enumClass();
     if (!owner || owner == Inspector::self()->globalClass()) {
@@ -63,19 +63,13 @@ QString argumentText(const Argument &argument)
 }
 
 /** Spelled with the qualifiers directly behind the type, unlike the arguments of a signature. */
-QString resultText(const Argument &result)
+QString qualifiedText(const Argument &result, const QString &type)
 {
-    if (!result.type()) {
-        return QString();
-    }
     QString text;
     if (result.isConst1()) {
         text += QLatin1String("const ");
     }
-    text += result.type()->className();
-    if (result.enumType()) {
-        text += QLatin1String("::") + result.enumType()->name();
-    }
+    text += type;
     if (result.isReference()) {
         text += QLatin1Char('&');
     }
@@ -86,6 +80,17 @@ QString resultText(const Argument &result)
         text += QLatin1String(" const");
     }
     return text + arrayText(result);
+}
+
+QString resultText(const Argument &result)
+{
+    if (!result.type()) {
+        return QString();
+    }
+    const Enum *enumType = result.enumType();
+    return qualifiedText(result,
+                         result.type()->className()
+                             + (enumType ? QLatin1String("::") + enumType->name() : QString()));
 }
 
 /** A member that was read for no class describes something, but there is nobody to ask. */
@@ -170,9 +175,16 @@ Argument Argument::AnyObject(const QString &name)
     return Argument(name, anyObjectClass(), ObjectAttribute::Pointer());
 }
 
+Argument Argument::Unconverted(const QString &name, const Class *type)
+{
+    Argument argument(name, type);
+    argument.m_unconverted = true;
+    return argument;
+}
+
 bool Argument::takesAnyObject() const
 {
-    return m_type == anyObjectClass();
+    return m_unconverted || m_type == anyObjectClass();
 }
 
 bool operator==(const Argument &a, const Argument &b)
@@ -317,23 +329,11 @@ const Enum::Item *Enum::item(const QByteArray &key) const
 
 int Enum::value(const QString &key, bool *ok) const
 {
-    int value = 0;
-    bool found = false;
-    if (const Item *whole = item(key.toUtf8())) {
-        value = whole->value;
-        found = true;
-    } else if (m_isMask && key.contains(u'|')) {
-        found = true;
-        for (const QString &part : key.split(u'|')) {
-            const Item *bits = item(part.trimmed().toUtf8());
-            found = found && bits;
-            value |= bits ? bits->value : 0;
-        }
-    }
+    const Item *found = item(key.toUtf8());
     if (ok) {
-        *ok = found;
+        *ok = found != nullptr;
     }
-    return found ? value : -1;
+    return found ? found->value : -1;
 }
 
 QString Enum::valueToKey(int value, bool *ok) const
@@ -406,13 +406,15 @@ void PropertyDeclaration::lazySetup() const
     }
     m_ready = true;
     if (!m_typeName.isEmpty()) {
-        const Class *type = Inspector::self()->type(m_typeName);
+        // The class may know the type by another name.
+        const QString typeName = m_owner ? m_owner->realType(m_typeName) : m_typeName;
+        const Class *type = Inspector::self()->type(typeName);
         if (!type) {
             printDiagnostic("Property %s::%s has unknown type %s.\n",
                             qUtf8Printable(ownerName(m_owner)), qUtf8Printable(m_name),
                             qUtf8Printable(m_typeName));
         }
-        const bool pointer = m_typeName.endsWith(QLatin1Char('*'));
+        const bool pointer = typeName.endsWith(QLatin1Char('*'));
         m_type = Argument(type, pointer ? ObjectAttribute::Pointer() : ObjectAttribute::Value());
     }
     if (m_readMethod || m_readFunction) {
@@ -474,8 +476,8 @@ bool Property::set(SharedPtr<Object> object, SharedPtr<Object> value) const
 
 QString Property::toString() const
 {
-    return resultText(argument()) + QLatin1Char(' ') + ownerName(m_owner) + QLatin1String("::")
-        + name();
+    return qualifiedText(argument(), argumentTypeText(argument())) + QLatin1Char(' ')
+        + ownerName(m_owner) + QLatin1String("::") + name();
 }
 
 } // namespace Vantrel

@@ -92,6 +92,12 @@ public:
      * a native pointer of unknown type is of no use. Reads "Object *".
      */
     static Argument AnyObject(const QString &name = QString());
+    /**
+     * Takes every handle as it is, too, but describes itself as @p type: for
+     * what checks a value before it converts it, because a text that is no
+     * number would arrive as 0. Travels in a stream as an ordinary argument.
+     */
+    static Argument Unconverted(const QString &name, const Class *type);
     Argument(const Argument &) = default;
     Argument &operator=(const Argument &) = default;
     ~Argument() override;
@@ -102,7 +108,7 @@ public:
     const ObjectAttribute &attribute() const { return m_attribute; }
     /** Null unless the argument is of an enum type. */
     const Enum *enumType() const { return m_enumType; }
-    /** Whether AnyObject() made this argument. */
+    /** Whether AnyObject() or Unconverted() made this argument. */
     bool takesAnyObject() const;
 
     bool isArray() const { return m_attribute.isArray(); }
@@ -125,6 +131,7 @@ private:
     const Class *m_type = nullptr;
     ObjectAttribute m_attribute;
     const Enum *m_enumType = nullptr;
+    bool m_unconverted = false;
 };
 
 /** The name and the ordered arguments of something that can be called. */
@@ -354,7 +361,7 @@ public:
     /** @return -1 when @p index is out of range. */
     int value(int index) const;
     /**
-     * The value of a key; of a mask also that of several keys joined with "|".
+     * The value of a key; keys joined with "|" are taken by arguments only.
      * @return -1, with @p ok (which may be null) set to false, when there is no such key.
      */
     int value(const QString &key, bool *ok) const;

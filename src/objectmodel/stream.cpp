@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <typeinfo>
 
 namespace Vantrel {
@@ -276,6 +277,34 @@ QVector<const Member *> members(const QVector<const Member *> &table, int count,
     return result;
 }
 
+/** Properties that a delegate gives to a class that declared none, and so has no table of them. */
+std::vector<std::unique_ptr<Property>> undeclaredProperties(const Class *c, const ClassPrivate &d)
+{
+    std::vector<std::unique_ptr<Property>> result;
+    const int offset = c->superClassOffset(Class::PropertyOffset);
+    for (int i = 0; d.numOwnProperties < 0 && i < d.numDelegateProperties; ++i) {
+        const PropertyDeclaration *declaration = d.propertyDelegate->propertyDeclaration(i);
+        result.push_back(declaration ? std::make_unique<Property>(offset + i, c, declaration)
+                                     : std::make_unique<Property>(c));
+    }
+    return result;
+}
+
+QVector<const Property *> tableOf(const std::vector<std::unique_ptr<Property>> &properties)
+{
+    QVector<const Property *> table;
+    for (const auto &property : properties) {
+        table << property.get();
+    }
+    return table;
+}
+
+int numDescribedProperties(const ClassPrivate &d)
+{
+    return d.numDelegateProperties > 0 ? std::max(d.numOwnProperties, 0) + d.numDelegateProperties
+                                       : d.numOwnProperties;
+}
+
 struct ClassView
 {
     const Method missingMethod;
@@ -283,6 +312,7 @@ struct ClassView
     const Property missingProperty;
     const Event missingEvent;
     const Enum missingEnum;
+    const std::vector<std::unique_ptr<Property>> undeclared;
 
     const qint32 id;
     const QString &name;
@@ -306,17 +336,15 @@ struct ClassView
     /** The tables of @p c must be there. */
     ClassView(const Class *c, const ClassPrivate &d)
         : missingMethod(c), missingConstructor(c), missingProperty(c), missingEvent(c),
-          missingEnum(c), id(d.id), name(d.nameText), nameSpaceId(nameSpaceIdOf(c)),
-          natures(qint32(d.natures)), superName(nameOf(c->super())),
+          missingEnum(c), undeclared(undeclaredProperties(c, d)), id(d.id), name(d.nameText),
+          nameSpaceId(nameSpaceIdOf(c)), natures(qint32(d.natures)), superName(nameOf(c->super())),
           superNameSpaceId(c->super() ? nameSpaceIdOf(c->super()) : 0),
           numConstructors(d.numOwnConstructors), numMethods(d.numOwnMethods),
-          // A class that declared no properties does not list those of its delegate either.
-          numProperties(d.numOwnProperties < 0 ? d.numOwnProperties
-                                               : d.numOwnProperties + d.numDelegateProperties),
-          numEvents(std::max(d.numOwnEvents, 0)), numEnums(d.numOwnEnums),
-          enums(members(d.enums, numEnums, &missingEnum)),
+          numProperties(numDescribedProperties(d)), numEvents(std::max(d.numOwnEvents, 0)),
+          numEnums(d.numOwnEnums), enums(members(d.enums, numEnums, &missingEnum)),
           methods(members(d.methods, numMethods, &missingMethod)),
-          properties(members(d.properties, numProperties, &missingProperty)),
+          properties(members(undeclared.empty() ? d.properties : tableOf(undeclared), numProperties,
+                             &missingProperty)),
           constructors(members(d.constructors, numConstructors, &missingConstructor)),
           events(members(d.events, numEvents, &missingEvent)), numInterfaces(d.interfaces.size())
     {
@@ -606,9 +634,9 @@ Argument ArgumentRecord::argument(const Class *context) const
         && (!place || place == nameSpaceById(nameSpaceId))) {
         result.m_type = context;
     }
-    // It is in no namespace, so no look-up finds it.
+    // It is in no namespace, so no look-up finds it; a description needs it for its members.
     const Argument any = Argument::AnyObject();
-    if (!result.m_type && nameSpaceId == -1 && className == any.type()->className()) {
+    if (!result.m_type && context && nameSpaceId == -1 && className == any.type()->className()) {
         result.m_type = any.type();
     }
     result.m_attribute = attribute.attribute();

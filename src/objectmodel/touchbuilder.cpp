@@ -31,6 +31,12 @@ bool isFraction(double value)
     return (value >= 0.0001 || value == double(0.0001F)) && value <= 0.9999;
 }
 
+bool areFinite(std::initializer_list<double> values)
+{
+    return std::all_of(values.begin(), values.end(), [](double v) { return std::isfinite(v); })
+        || reportTouchError("Arguments must be finite numbers");
+}
+
 TouchPosition centreOf(const TouchBuilder::MultiTouchInfo &gesture)
 {
     return {gesture.areaWidth * 0.5, gesture.areaHeight * 0.5};
@@ -128,15 +134,9 @@ bool areTouchCoordinates(std::initializer_list<double> values)
                        [](double value) { return std::abs(value) <= limit; });
 }
 
-bool TouchBuilderPrivate::canDraw() const
+bool TouchBuilderPrivate::hasGesture() const
 {
-    if (gestures.empty()) {
-        return reportTouchError("There is no gesture to add a stroke to");
-    }
-    if (drawings.back().strokes.empty() && !gestures.back().samples.empty()) {
-        return reportTouchError("Strokes cannot be added to a gesture that was loaded");
-    }
-    return true;
+    return !gestures.empty() || reportTouchError("There is no gesture to add a stroke to");
 }
 
 bool TouchBuilderPrivate::hasStroke() const
@@ -162,7 +162,7 @@ bool TouchBuilderPrivate::addStroke(int time, TouchPosition origin, const double
     if (!areTouchCoordinates({origin.x, origin.y})) {
         return reportTouchError(badCoordinatesText);
     }
-    if (!canDraw()) {
+    if (!hasGesture()) {
         return false;
     }
     TouchStroke stroke{time, origin};
@@ -327,7 +327,7 @@ bool TouchBuilder::addGesture(double width, double height, Unit unit)
         return reportTouchError("Invalid unit");
     }
     d->gestures.emplace_back(toFloat(width), toFloat(height), unit);
-    d->drawings.emplace_back();
+    d->drawings.emplace_back(d->gestures.back());
     return true;
 }
 
@@ -377,27 +377,39 @@ bool TouchBuilder::curveTo(int duration, double c1x, double c1y, double c2x, dou
     return d->extendStroke(curveWithoutStrokeText, duration, {3, {{c1x, c1y}, {c2x, c2y}}, {x, y}});
 }
 
-void TouchBuilder::translate(double dx, double dy)
+bool TouchBuilder::translate(double dx, double dy)
 {
+    if (!areFinite({dx, dy})) {
+        return false;
+    }
     for (MultiTouchInfo &gesture : d->gestures) {
         gesture.translate(dx, dy);
     }
+    return true;
 }
 
-void TouchBuilder::scale(double sx, double sy, double cx, double cy, bool aroundCentre)
+bool TouchBuilder::scale(double sx, double sy, double cx, double cy, bool aroundCentre)
 {
+    if (!areFinite({sx, sy}) || !(aroundCentre || areFinite({cx, cy}))) {
+        return false;
+    }
     for (MultiTouchInfo &gesture : d->gestures) {
         const TouchPosition centre = aroundCentre ? centreOf(gesture) : TouchPosition{cx, cy};
         gesture.transform(scaling(sx, sy, centre));
     }
+    return true;
 }
 
-void TouchBuilder::rotate(double angle, double cx, double cy, bool aroundCentre)
+bool TouchBuilder::rotate(double angle, double cx, double cy, bool aroundCentre)
 {
+    if (!areFinite({angle}) || !(aroundCentre || areFinite({cx, cy}))) {
+        return false;
+    }
     for (MultiTouchInfo &gesture : d->gestures) {
         const TouchPosition centre = aroundCentre ? centreOf(gesture) : TouchPosition{cx, cy};
         gesture.transform(rotation(angle, centre));
     }
+    return true;
 }
 
 void TouchBuilder::accelerate(double factor)

@@ -149,8 +149,7 @@ public:
     /**
      * Puts a finger down at @p time, which is 0 for the first stroke of a
      * gesture. @p pressure and @p size are within 0.0001 and 0.9999; left out
-     * they are unspecified. Refused for a gesture whose samples were not made
-     * from strokes, because sampling would replace them.
+     * they are unspecified.
      */
     bool addStroke(int time, double x, double y);
     bool addStroke(int time, double x, double y, double pressure);
@@ -167,7 +166,9 @@ public:
     // first one begins at 0, each further one a tenth of a second after
     // everything before it has ended; no samples are due in that pause.
     // Fingers are 1 to 10, and at least 2 where they move about a centre.
-    // Side by side they are a tenth of the area's shorter side apart.
+    // Side by side they are a tenth of the area's shorter side apart. Durations
+    // are 1 ms or above. When a finger leaves the area, a warning becomes the
+    // last error, and the strokes are added all the same.
     bool tap(double x, double y, int fingers = 1);
     bool doubleTap(double x, double y, int fingers = 1);
     /** A touch of @p duration milliseconds in one place. */
@@ -189,19 +190,21 @@ public:
     bool rotateBy(double x, double y, double startDistance, double endDistance, double angle,
                   int duration, int fingers);
 
-    void translate(double dx, double dy);
+    // Transforms refuse NaN and infinity.
+    bool translate(double dx, double dy);
     /** About (cx, cy), or about each gesture's own centre when @p aroundCentre. */
-    void scale(double sx, double sy, double cx, double cy, bool aroundCentre);
+    bool scale(double sx, double sy, double cx, double cy, bool aroundCentre);
     /** By @p angle degrees, from the x axis towards the y axis. */
-    void rotate(double angle, double cx, double cy, bool aroundCentre);
+    bool rotate(double angle, double cx, double cy, bool aroundCentre);
     /** Makes the gestures @p factor times as fast; 0 changes nothing. */
     void accelerate(double factor);
 
     /**
      * Replaces the samples of each gesture that has strokes: one at every
      * multiple of @p interval milliseconds (at least 1), at every start of a
-     * stroke and at every end of a movement. Fails for a stroke without
-     * movement, for a moment without any finger, and above a million points
+     * stroke and at every end of a movement. Samples that were loaded into
+     * such a gesture are replaced, too. Fails for a stroke without movement or
+     * of 0 milliseconds, for a moment without any finger, and above a million points
      * in one gesture. @p error, which may be null, receives the reason.
      */
     bool generateSamples(int interval, std::string *error = nullptr);
@@ -212,7 +215,8 @@ public:
     /**
      * Replaces all gestures by those in @p text. @p error, which may be null,
      * receives the reason of a failure, beginning with "Error in XML data".
-     * Texts above 256 MiB are refused, and so is nesting deeper than 16.
+     * What generateSamples() makes of one gesture is always within the limits,
+     * which keep the memory for any text below 1 GiB.
      */
     bool fromXml(const std::string &text, std::string *error = nullptr);
 

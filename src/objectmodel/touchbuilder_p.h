@@ -53,6 +53,13 @@ struct TouchPause
 /** The strokes that the samples of one gesture are made from. */
 struct TouchDrawing
 {
+    explicit TouchDrawing(const TouchBuilder::MultiTouchInfo &gesture)
+        : width(gesture.areaWidth), height(gesture.areaHeight)
+    {}
+
+    /** Of the area as strokes see it: conversions change that of the gesture. */
+    double width;
+    double height;
     std::vector<TouchStroke> strokes;
     std::vector<TouchPause> pauses; ///< in the order of time
 };
@@ -61,7 +68,7 @@ class TouchBuilderPrivate
 {
 public:
     // Each of these sets the Inspector's last error when it returns false.
-    bool canDraw() const;
+    bool hasGesture() const;
     /** @p pressure and @p size are null when unspecified. */
     bool addStroke(int time, TouchPosition origin, const double *pressure, const double *size);
     bool extendStroke(const char *missingStrokeText, int duration, const TouchCurve &curve);
@@ -87,6 +94,9 @@ bool reportTouchError(const char *text);
 /** What 32 bits of milliseconds can hold. */
 constexpr std::int64_t lastTouchTime = 0xFFFFFFFF;
 constexpr double touchPi = 3.141592653589793;
+
+/** Where a finger is on @p curve, which begins at @p origin; @p u runs from 0 to 1. */
+TouchPosition pointOnCurve(TouchPosition origin, const TouchCurve &curve, double u);
 
 /** Whether all are finite as the 32-bit floats that samples hold. */
 bool areTouchCoordinates(std::initializer_list<double> values);

@@ -106,10 +106,10 @@ public:
 
     bool begin(int duration, int fingers, int minimum)
     {
-        if (duration < 0) {
-            return reportTouchError("Time must be 0 or above");
+        if (duration < 1) {
+            return reportTouchError("Duration must be 1 or above");
         }
-        if (!checkFingers(fingers, minimum) || !m_builder->canDraw()) {
+        if (!checkFingers(fingers, minimum) || !m_builder->hasGesture()) {
             return false;
         }
         m_start = findStart();
@@ -131,6 +131,7 @@ public:
         if (m_start > 0) {
             drawing.pauses.push_back({m_start - pauseDuration, m_start});
         }
+        warnOfFingersOutside(strokes);
         for (TouchStroke &stroke : strokes) {
             drawing.strokes.push_back(std::move(stroke));
         }
@@ -143,9 +144,12 @@ public:
     {
         const TouchBuilder::MultiTouchInfo &gesture = m_builder->gestures.back();
         const double spacing = std::min(gesture.areaWidth, gesture.areaHeight) * 0.1;
-        const double length = std::hypot(dx, dy);
-        const double acrossX = length > 0 ? -dy / length : 1;
-        const double acrossY = length > 0 ? dx / length : 0;
+        // Directions and distances are those in the unit of the area, which is
+        // another than that of the strokes after a conversion.
+        const TouchPosition unit = unitOfStrokes();
+        const double length = std::hypot(dx * unit.x, dy * unit.y);
+        const double acrossX = (length > 0 ? -dy * unit.y / length : 1) / unit.x;
+        const double acrossY = (length > 0 ? dx * unit.x / length : 0) / unit.y;
         std::vector<TouchStroke> strokes;
         for (int i = 0; i < fingers; ++i) {
             const double offset = (i - (fingers - 1) * 0.5) * spacing;
@@ -167,6 +171,51 @@ public:
     }
 
 private:
+    /** One unit of the strokes in the unit of the area. */
+    TouchPosition unitOfStrokes() const
+    {
+        const TouchBuilder::MultiTouchInfo &gesture = m_builder->gestures.back();
+        const TouchDrawing &drawing = m_builder->drawings.back();
+        // An area that was read can be of no size.
+        const auto ratio = [](double a, double b) { return a > 0 && b > 0 ? a / b : 1; };
+        return {ratio(gesture.areaWidth, drawing.width), ratio(gesture.areaHeight, drawing.height)};
+    }
+
+    void warnOfFingersOutside(const std::vector<TouchStroke> &strokes) const
+    {
+        for (std::size_t i = 0; i < strokes.size(); ++i) {
+            if (!staysInside(strokes[i])) {
+                reportTouchError(
+                    ("Warning: finger " + std::to_string(i + 1) + " leaves the touch area")
+                        .c_str());
+                return;
+            }
+        }
+    }
+
+    bool staysInside(const TouchStroke &stroke) const
+    {
+        constexpr int steps = 8;
+        TouchPosition from = stroke.origin;
+        for (const TouchMovement &movement : stroke.movements) {
+            for (int i = 0; i <= steps; ++i) {
+                if (!isInside(pointOnCurve(from, movement.curve, double(i) / steps))) {
+                    return false;
+                }
+            }
+            from = movement.curve.target;
+        }
+        return true;
+    }
+
+    bool isInside(TouchPosition p) const
+    {
+        const TouchDrawing &drawing = m_builder->drawings.back();
+        const double rounding = 1e-9 * (drawing.width + drawing.height);
+        return p.x >= -rounding && p.x <= drawing.width + rounding && p.y >= -rounding
+            && p.y <= drawing.height + rounding;
+    }
+
     std::int64_t findStart() const
     {
         std::int64_t end = 0;

@@ -18,19 +18,6 @@ TouchPosition interpolate(TouchPosition a, TouchPosition b, double u)
     return {interpolate(a.x, b.x, u), interpolate(a.y, b.y, u)};
 }
 
-/** De Casteljau's construction over @p degree + 1 control points. */
-TouchPosition bezier(TouchPosition origin, const TouchCurve &curve, double u)
-{
-    TouchPosition p[4] = {origin, curve.controls[0], curve.controls[1], curve.target};
-    p[curve.degree] = curve.target;
-    for (int left = curve.degree; left > 0; --left) {
-        for (int i = 0; i < left; ++i) {
-            p[i] = interpolate(p[i], p[i + 1], u);
-        }
-    }
-    return p[0];
-}
-
 /** Follows one stroke through times that never fall. */
 class Finger
 {
@@ -60,8 +47,8 @@ private:
         if (time >= movement.end) {
             return movement.curve.target;
         }
-        return bezier(previous ? previous->curve.target : m_stroke->origin, movement.curve,
-                      double(time - begin) / double(movement.end - begin));
+        return pointOnCurve(previous ? previous->curve.target : m_stroke->origin, movement.curve,
+                            double(time - begin) / double(movement.end - begin));
     }
 
     const TouchStroke *m_stroke;
@@ -189,13 +176,27 @@ private:
     std::size_t m_numPoints = 0;
 };
 
+/** A stroke that takes no time would be a finger that goes down and never comes up. */
 bool allStrokesMove(const TouchDrawing &drawing)
 {
-    return std::none_of(drawing.strokes.begin(), drawing.strokes.end(),
-                        [](const TouchStroke &stroke) { return stroke.movements.empty(); });
+    return std::all_of(drawing.strokes.begin(), drawing.strokes.end(),
+                       [](const TouchStroke &stroke) { return stroke.end() > stroke.start; });
 }
 
 } // namespace
+
+TouchPosition pointOnCurve(TouchPosition origin, const TouchCurve &curve, double u)
+{
+    // De Casteljau's construction over degree + 1 control points.
+    TouchPosition p[4] = {origin, curve.controls[0], curve.controls[1], curve.target};
+    p[curve.degree] = curve.target;
+    for (int left = curve.degree; left > 0; --left) {
+        for (int i = 0; i < left; ++i) {
+            p[i] = interpolate(p[i], p[i + 1], u);
+        }
+    }
+    return p[0];
+}
 
 bool sampleDrawing(const TouchDrawing &drawing, int interval,
                    std::vector<TouchBuilder::Sample> *samples, std::string *error)

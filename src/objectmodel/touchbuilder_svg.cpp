@@ -1,8 +1,10 @@
+#include "objectmodel/touchbuilder_labels_p.h"
 #include "objectmodel/touchbuilder_p.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iterator>
 #include <map>
 
 namespace Vantrel {
@@ -16,8 +18,9 @@ constexpr double captionHeight = 18;
 constexpr double shortestStep = 1.5;
 constexpr double shortestTickDistance = 6;
 constexpr double tickLength = 4;
-constexpr double labelDistance = 16;
-constexpr double halfLetter = 3.5;
+constexpr double labelGap = 2;
+constexpr double baseline = 3.5; ///< below the middle of a text
+constexpr double markRadius = 6;
 constexpr int maxTicks = 10;
 constexpr int defaultInterval = 20;
 
@@ -110,7 +113,11 @@ public:
         m_scale = longerSide / longer;
     }
 
-    double width() const { return m_bounds.width() * m_scale + 2 * margin; }
+    double width() const
+    {
+        const TouchLabel text({}, caption().size());
+        return std::max(m_bounds.width() * m_scale, 2 * text.half.x) + 2 * margin;
+    }
     double height() const { return m_bounds.height() * m_scale + 2 * margin + captionHeight; }
 
     /** The picture as a group that begins at @p top. */
@@ -120,14 +127,27 @@ public:
         *out += "<text x='" + decimal(margin) + "' y='" + decimal(captionHeight) + "'>" + caption()
             + "</text>\n";
         appendArea(out);
+        TouchLabelSpace space(width(), height(), captionHeight + baseline);
         std::size_t index = 0;
         for (const qint32 pointer : m_order) {
-            appendTrack(out, index++, pointer);
+            appendTrack(out, index++, pointer, &space);
         }
+        appendNumbers(out, &space);
+        appendTimes(out, &space);
         *out += "</g>\n";
     }
 
 private:
+    /** The fingers that touch at the same time, at most. */
+    std::size_t numFingers() const
+    {
+        std::size_t result = 0;
+        for (const TouchBuilder::Sample &sample : m_gesture.samples) {
+            result = std::max(result, sample.points.size());
+        }
+        return result;
+    }
+
     void addStop(std::size_t sample, const TouchBuilder::Point &point)
     {
         float x = point.x;
@@ -161,7 +181,7 @@ private:
 
     std::string caption() const
     {
-        const std::size_t fingers = m_tracks.size();
+        const std::size_t fingers = numFingers();
         return fixed(m_gesture.areaWidth) + " x " + fixed(m_gesture.areaHeight) + " "
             + touchUnitName(m_gesture.unit) + ", " + std::to_string(fingers)
             + (fingers == 1 ? " finger, " : " fingers, ") + std::to_string(m_duration) + " ms";
@@ -175,26 +195,29 @@ private:
             + decimal(m_gesture.areaHeight * m_scale) + "' fill='#fff' stroke='#999'/>\n";
     }
 
-    void appendTrack(std::string *out, std::size_t index, qint32 pointer) const
+    static const char *colourOf(std::size_t index) { return colours[index % std::size(colours)]; }
+
+    void appendTrack(std::string *out, std::size_t index, qint32 pointer,
+                     TouchLabelSpace *space) const
     {
-        const std::string colour = colours[index % (sizeof colours / sizeof *colours)];
+        const std::string colour = colourOf(index);
         const Track &track = m_tracks.at(pointer);
         *out += "<g stroke='" + colour + "' fill='none'>\n<path stroke-width='2' d='";
         for (const Run &run : track.runs) {
-            appendRun(out, run);
+            appendRun(out, run, space);
         }
         *out += "'/>\n";
         for (const Run &run : track.runs) {
-            appendTicks(out, run, index == 0);
-        }
-        for (const Run &run : track.runs) {
-            appendMarks(out, run, colour, std::to_string(pointer));
+            for (const Tick &tick : ticks(run)) {
+                appendTick(out, tick);
+            }
+            appendMarks(out, run, colour, space);
         }
         *out += "</g>\n";
     }
 
     /** The way without the points that nobody could tell apart. */
-    void appendRun(std::string *out, const Run &run) const
+    void appendRun(std::string *out, const Run &run, TouchLabelSpace *space) const
     {
         TouchPosition last = placed(run.front().position);
         *out += "M" + coordinates(last);
@@ -204,13 +227,22 @@ private:
                 continue;
             }
             *out += "L" + coordinates(p);
+            space->addLine(last, p);
             last = p;
         }
     }
 
-    /** Short lines across the way at round times; the first finger tells which. */
-    void appendTicks(std::string *out, const Run &run, bool labelled) const
+    /** A round time, where the finger is then, and the direction across its way. */
+    struct Tick
     {
+        quint64 time;
+        TouchPosition position;
+        TouchPosition across;
+    };
+
+    std::vector<Tick> ticks(const Run &run) const
+    {
+        std::vector<Tick> result;
         const quint64 step = tickStep(m_duration);
         TouchPosition last = placed(run.front().position);
         quint64 due = (run.front().time / step + 1) * step;
@@ -220,48 +252,111 @@ private:
                 const TouchPosition to = placed(run[i].position);
                 const double u = double(due - run[i - 1].time) / (run[i].time - run[i - 1].time);
                 const TouchPosition p{from.x + u * (to.x - from.x), from.y + u * (to.y - from.y)};
-                if (distance(last, p) < shortestTickDistance || distance(from, to) == 0) {
+                const double length = distance(from, to);
+                if (distance(last, p) < shortestTickDistance || length == 0) {
                     continue;
                 }
-                const TouchPosition across{(to.y - from.y) / distance(from, to),
-                                           (from.x - to.x) / distance(from, to)};
-                appendTick(out, p, across);
-                if (labelled) {
-                    appendLabel(out, p, across, std::to_string(due));
-                }
+                result.push_back({due, p, {(to.y - from.y) / length, (from.x - to.x) / length}});
                 last = p;
             }
         }
+        return result;
     }
 
-    static void appendTick(std::string *out, TouchPosition p, TouchPosition across)
+    static void appendTick(std::string *out, const Tick &tick)
     {
-        const double x = across.x * tickLength;
-        const double y = across.y * tickLength;
+        const TouchPosition &p = tick.position;
+        const double x = tick.across.x * tickLength;
+        const double y = tick.across.y * tickLength;
         *out += "<line x1='" + coordinates({p.x - x, p.y - y}, "' y1='") + "' x2='"
             + coordinates({p.x + x, p.y + y}, "' y2='") + "'/>\n";
     }
 
-    static void appendLabel(std::string *out, TouchPosition p, TouchPosition across,
-                            const std::string &text)
-    {
-        const TouchPosition place{p.x + across.x * labelDistance,
-                                  p.y + across.y * labelDistance + halfLetter};
-        *out += "<text stroke='none' fill='#555' text-anchor='middle' x='"
-            + coordinates(place, "' y='") + "'>" + text + "</text>\n";
-    }
-
-    /** A disc with the pointer's number beside it where it goes down, a ring where it comes up. */
+    /** A disc where the pointer goes down, a ring where it comes up. */
     void appendMarks(std::string *out, const Run &run, const std::string &colour,
-                     const std::string &pointer) const
+                     TouchLabelSpace *space) const
     {
         const TouchPosition start = placed(run.front().position);
         const TouchPosition end = placed(run.back().position);
         *out +=
             "<circle r='3.5' fill='" + colour + "' cx='" + coordinates(start, "' cy='") + "'/>\n";
-        *out += "<circle r='6' cx='" + coordinates(end, "' cy='") + "'/>\n";
-        *out += "<text stroke='none' font-weight='bold' fill='" + colour + "' x='"
-            + coordinates({start.x - 12, start.y + 12}, "' y='") + "'>" + pointer + "</text>\n";
+        *out +=
+            "<circle r='" + decimal(markRadius) + "' cx='" + coordinates(end, "' cy='") + "'/>\n";
+        for (const TouchPosition &p : {start, end}) {
+            space->addLine({p.x - markRadius, p.y}, {p.x + markRadius, p.y});
+            space->addLine({p.x, p.y - markRadius}, {p.x, p.y + markRadius});
+        }
+    }
+
+    /** The number of each pointer beside the places where it goes down. */
+    void appendNumbers(std::string *out, TouchLabelSpace *space) const
+    {
+        std::size_t index = 0;
+        for (const qint32 pointer : m_order) {
+            const std::string style = std::string("font-weight='bold' fill='") + colourOf(index++);
+            const std::string text = std::to_string(pointer);
+            for (const Run &run : m_tracks.at(pointer).runs) {
+                appendText(out, space, numberPlaces(placed(run.front().position), text.size()),
+                           style, text);
+            }
+        }
+    }
+
+    static std::vector<TouchLabel> numberPlaces(TouchPosition p, std::size_t length)
+    {
+        std::vector<TouchLabel> places;
+        const double x = TouchLabel({}, length).half.x + labelGap;
+        for (const double far : {0, 8, 16}) {
+            for (const double dy : {1, -1, 0}) {
+                for (const double dx : {-1, 1, 0}) {
+                    places.emplace_back(
+                        TouchPosition{p.x + dx * (markRadius + x + far), p.y + dy * (8 + far)},
+                        length);
+                }
+            }
+        }
+        return places;
+    }
+
+    /** The first finger tells the times of the ticks. */
+    void appendTimes(std::string *out, TouchLabelSpace *space) const
+    {
+        if (m_order.empty()) {
+            return;
+        }
+        for (const Run &run : m_tracks.at(m_order.front()).runs) {
+            for (const Tick &tick : ticks(run)) {
+                const std::string text = std::to_string(tick.time);
+                appendText(out, space, timePlaces(tick, text.size()), "fill='#555", text);
+            }
+        }
+    }
+
+    /** To either side of the way, clear of the tick. */
+    static std::vector<TouchLabel> timePlaces(const Tick &tick, std::size_t length)
+    {
+        const TouchPosition half = TouchLabel({}, length).half;
+        const TouchPosition &a = tick.across;
+        const double clear =
+            tickLength + labelGap + std::abs(a.x) * half.x + std::abs(a.y) * half.y;
+        std::vector<TouchLabel> places;
+        for (const double side : {clear, -clear}) {
+            places.emplace_back(
+                TouchPosition{tick.position.x + a.x * side, tick.position.y + a.y * side}, length);
+        }
+        return places;
+    }
+
+    /** Nothing when there is no room for the text. */
+    static void appendText(std::string *out, TouchLabelSpace *space,
+                           const std::vector<TouchLabel> &places, const std::string &style,
+                           const std::string &text)
+    {
+        if (const TouchLabel *label = space->place(places)) {
+            *out += "<text text-anchor='middle' " + style + "' x='"
+                + coordinates({label->middle.x, label->middle.y + baseline}, "' y='") + "'>" + text
+                + "</text>\n";
+        }
     }
 
     const TouchBuilder::MultiTouchInfo &m_gesture;

@@ -3,9 +3,11 @@
 
 #include <tinyxml.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <string_view>
 
@@ -153,42 +155,53 @@ std::string quoted(const char *value)
     return '"' + (text.size() > longest ? text.substr(0, longest) + "..." : text) + '"';
 }
 
-/** Reads what a document holds; the first thing that is wrong ends it with a text. */
-class Reader
+/** Reads what a document holds. Elements in unknown ones, and those in a point, are skipped. */
+class Reader : public XmlHandler
 {
 public:
-    bool read(const TiXmlDocument &document)
+    bool startElement(const TiXmlElement &element, int depth, std::string *error) override
     {
-        const TiXmlElement *root = document.RootElement();
-        if (!root || root->ValueStr() != "gestures") {
-            m_error = "the root element must be \"gestures\"";
-            return false;
+        if (depth > m_numKnown || depth >= int(std::size(levels))) {
+            return true;
         }
-        const char *version = required(*root, "version");
-        if (!version) {
-            return false;
+        if (element.ValueStr() == levels[depth].name) {
+            m_numKnown = depth + 1;
+            return readKnown(element, levels[depth].read, error);
         }
-        if (std::strcmp(version, versionText) != 0) {
-            return reject(*root, "version", version, "must be \"1.0\"");
+        if (depth == 0) {
+            *error = "the root element must be \"gestures\"";
         }
-        return readChildren(*root, "multi-point",
-                            [this](const TiXmlElement &element) { return readGesture(element); });
+        return depth > 0;
     }
 
+    void endElement(int depth) override { m_numKnown = std::min(m_numKnown, depth); }
+
     std::vector<TouchBuilder::MultiTouchInfo> gestures;
-    const std::string &error() const { return m_error; }
 
 private:
-    template <class Function>
-    bool readChildren(const TiXmlElement &parent, const char *name, Function read)
+    struct Level
     {
-        for (auto *child = parent.FirstChildElement(name); child;
-             child = child->NextSiblingElement(name)) {
-            if (!read(*child)) {
-                return false;
-            }
+        const char *name;
+        bool (Reader::*read)(const TiXmlElement &);
+    };
+    static const Level levels[4];
+
+    bool readKnown(const TiXmlElement &element, bool (Reader::*read)(const TiXmlElement &),
+                   std::string *error)
+    {
+        if ((this->*read)(element)) {
+            return true;
         }
-        return true;
+        *error = "element \"" + element.ValueStr() + "\", " + m_error;
+        return false;
+    }
+
+    bool readRoot(const TiXmlElement &element)
+    {
+        const char *version = required(element, "version");
+        return version
+            && (std::strcmp(version, versionText) == 0
+                || reject("version", version, "must be \"1.0\""));
     }
 
     bool readGesture(const TiXmlElement &element)
@@ -201,8 +214,7 @@ private:
             return false;
         }
         gestures.emplace_back(width, height, TouchBuilder::Unit(unit));
-        return readChildren(element, "sample",
-                            [this](const TiXmlElement &child) { return readSample(child); });
+        return true;
     }
 
     bool readSample(const TiXmlElement &element)
@@ -213,12 +225,11 @@ private:
             return false;
         }
         if (!samples.empty() && sample.timestamp < samples.back().timestamp) {
-            return reject(element, "timestamp", element.Attribute("timestamp"),
+            return reject("timestamp", element.Attribute("timestamp"),
                           "must not be below the one before");
         }
-        samples.push_back(sample);
-        return readChildren(element, "point",
-                            [this](const TiXmlElement &child) { return readPoint(child); });
+        samples.push_back(std::move(sample));
+        return true;
     }
 
     bool readPoint(const TiXmlElement &element)
@@ -237,14 +248,10 @@ private:
 
     bool readArea(const TiXmlElement &element, const char *attribute, float *value)
     {
-        if (!readNumber(element, attribute, value)) {
-            return false;
-        }
         // An area below 0.005 is written as 0.00, so that must be readable.
-        if (*value < 0) {
-            return reject(element, attribute, element.Attribute(attribute), "must not be negative");
-        }
-        return true;
+        return readNumber(element, attribute, value)
+            && (*value >= 0
+                || reject(attribute, element.Attribute(attribute), "must not be negative"));
     }
 
     bool readOptional(const TiXmlElement &element, const char *attribute, float *value)
@@ -263,10 +270,10 @@ private:
         const char *end = text + std::strlen(text);
         const auto result = std::from_chars(text, end, *value);
         if (result.ec == std::errc::result_out_of_range) {
-            return reject(element, attribute, text, "is out of range");
+            return reject(attribute, text, "is out of range");
         }
         if (result.ec != std::errc() || result.ptr != end || !std::isfinite(double(*value))) {
-            return reject(element, attribute, text,
+            return reject(attribute, text,
                           std::numeric_limits<T>::is_integer ? "is not a whole number"
                                                              : "is not a number");
         }
@@ -290,59 +297,34 @@ private:
             names += names.empty() ? "" : ", ";
             names += row.name;
         }
-        return reject(element, attribute, text, "must be one of " + names);
+        return reject(attribute, text, "must be one of " + names);
     }
 
     const char *required(const TiXmlElement &element, const char *attribute)
     {
         const char *text = element.Attribute(attribute);
         if (!text) {
-            fail(element, std::string("attribute \"") + attribute + "\" is missing");
+            m_error = std::string("attribute \"") + attribute + "\" is missing";
         }
         return text;
     }
 
-    bool reject(const TiXmlElement &element, const char *attribute, const char *value,
-                const std::string &why)
+    bool reject(const char *attribute, const char *value, const std::string &why)
     {
-        return fail(element,
-                    std::string("attribute \"") + attribute + "\" " + why + ": " + quoted(value));
-    }
-
-    bool fail(const TiXmlElement &element, const std::string &what)
-    {
-        m_error = xmlPositionText(element.Row(), element.Column()) + "element \""
-            + element.ValueStr() + "\", " + what;
+        m_error = std::string("attribute \"") + attribute + "\" " + why + ": " + quoted(value);
         return false;
     }
 
+    int m_numKnown = 0; ///< open elements from the root on that are known
     std::string m_error;
 };
 
-bool readDocument(const std::string &text, std::vector<TouchBuilder::MultiTouchInfo> *gestures,
-                  std::string *error)
-{
-    std::string plain;
-    if (!scanXml(text, &plain, error)) {
-        return false;
-    }
-    TiXmlDocument document;
-    document.SetTabSize(1); // columns count bytes
-    // Bytes as they are: the parser's UTF-8 mode reads beyond a text that ends
-    // inside a character.
-    document.Parse(plain.c_str(), nullptr, TIXML_ENCODING_LEGACY);
-    if (document.Error()) {
-        *error = xmlPositionText(document.ErrorRow(), document.ErrorCol()) + document.ErrorDesc();
-        return false;
-    }
-    Reader reader;
-    if (!reader.read(document)) {
-        *error = reader.error();
-        return false;
-    }
-    *gestures = std::move(reader.gestures);
-    return true;
-}
+const Reader::Level Reader::levels[4] = {
+    {"gestures", &Reader::readRoot},
+    {"multi-point", &Reader::readGesture},
+    {"sample", &Reader::readSample},
+    {"point", &Reader::readPoint},
+};
 
 } // namespace
 
@@ -413,16 +395,19 @@ std::string TouchBuilder::toXml()
 
 bool TouchBuilder::fromXml(const std::string &text, std::string *error)
 {
-    std::vector<MultiTouchInfo> gestures;
+    Reader reader;
     std::string reason;
-    if (!readDocument(text, &gestures, &reason)) {
+    if (!scanXml(text, &reader, &reason)) {
         if (error) {
-            *error = "Error in XML data: " + reason;
+            *error = "Error in XML data: <anonymous xml document>, " + reason;
         }
         return false;
     }
-    d->drawings.assign(gestures.size(), TouchDrawing());
-    d->gestures = std::move(gestures);
+    d->drawings.clear();
+    for (const MultiTouchInfo &gesture : reader.gestures) {
+        d->drawings.emplace_back(gesture);
+    }
+    d->gestures = std::move(reader.gestures);
     return true;
 }
 

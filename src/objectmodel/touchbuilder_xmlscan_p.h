@@ -3,21 +3,30 @@
 
 #include <string>
 
+class TiXmlElement;
+
 namespace Vantrel {
 
-/**
- * Guards TinyXML against hostile text: its parser recurses into elements,
- * compares each attribute with all before it, drops what follows the root
- * element, and does not stop at an embedded NUL. One linear pass refuses
- * text that is too large, nested too deeply or more than one element.
- *
- * @p plain receives the text for the parser: everything but tags and character
- * data is overwritten by spaces, so that both agree on where a tag is.
- */
-bool scanXml(const std::string &text, std::string *plain, std::string *error);
+/** Hears of the elements of a document in their order. */
+class XmlHandler
+{
+public:
+    virtual ~XmlHandler();
+    /**
+     * @p element has the attributes and no content; @p depth is 0 for the root.
+     * False, with the reason in @p error, ends the reading.
+     */
+    virtual bool startElement(const TiXmlElement &element, int depth, std::string *error) = 0;
+    virtual void endElement(int depth) = 0;
+};
 
-/** How errors name a place, from 1; empty without one. Columns count bytes. */
-std::string xmlPositionText(int row, int column);
+/**
+ * Reads XML one tag at a time, because a whole document in the parser's form
+ * takes ten times the memory of its text. The parser sees each start tag on its
+ * own; this function matches the tags, skips comments and the like, and refuses
+ * text that is too large, nested too deeply or more than one element.
+ */
+bool scanXml(const std::string &text, XmlHandler *handler, std::string *error);
 
 } // namespace Vantrel
 

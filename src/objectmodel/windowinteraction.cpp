@@ -1,6 +1,6 @@
 #include "objectmodel/windowinteraction.h"
 
-#include "objectmodel/arguments_p.h"
+#include "objectmodel/checkednumbers_p.h"
 #include "objectmodel/class.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/globalobject.h"
@@ -83,14 +83,12 @@ SharedPtr<Object> windowCommand(const char *verb, const ObjectList &arguments, C
 /** The number at @p index; nothing, with the error set, when there is none. */
 std::optional<int> numberAt(std::size_t index, const ObjectList &arguments, const QString &verb)
 {
-    const Class *number = Inspector::self()->type(PrimitiveId::Int);
-    const SharedPtr<Object> value = adapted(arguments[index], Argument(number));
-    if (!value) {
+    const std::optional<int> number = checkedInteger(arguments[index]);
+    if (!number) {
         fail(QStringLiteral("Can't %1 object: argument %2 is not a number")
                  .arg(verb, QString::number(index + 1)));
-        return std::nullopt;
     }
-    return value->toInteger();
+    return number;
 }
 
 using PlaceCommand = FunctionCallResult<void> (WindowInteractionDelegate::*)(SharedPtr<Object>, int,
@@ -237,10 +235,10 @@ void registerWindowFunctions(GlobalClass *global)
     const Class *number = inspector->type(PrimitiveId::Int);
     const Argument window = Argument::AnyObject(QStringLiteral("object"));
     const FList<Argument> windowOnly{window};
-    const FList<Argument> place{window, Argument(QStringLiteral("x"), number),
-                                Argument(QStringLiteral("y"), number)};
-    const FList<Argument> size{window, Argument(QStringLiteral("width"), number),
-                               Argument(QStringLiteral("height"), number)};
+    const FList<Argument> place{window, Argument::Unconverted(QStringLiteral("x"), number),
+                                Argument::Unconverted(QStringLiteral("y"), number)};
+    const FList<Argument> size{window, Argument::Unconverted(QStringLiteral("width"), number),
+                               Argument::Unconverted(QStringLiteral("height"), number)};
     const struct
     {
         const char *name;
