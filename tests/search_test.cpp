@@ -189,6 +189,15 @@ TEST_F(Search, FindsByEveryKindOfName)
     }
 }
 
+TEST(SearchWithoutToolkit, SaysThatNothingCanBeFound)
+{
+    inspector()->lastError();
+    EXPECT_FALSE(inspector()->findObject(QStringLiteral("main.ok")));
+    EXPECT_EQ(QStringLiteral(
+                  "Cannot find object 'main.ok': no toolkit has registered an object hierarchy"),
+              inspector()->lastError());
+}
+
 TEST_F(Search, SaysWhatWasNotFound)
 {
     ObjectMap map(false);
@@ -241,10 +250,11 @@ TEST_F(Search, ReportsWhatACallerAddsAndAnEarlierError)
               error());
     EXPECT_TRUE(inspector()->unmatchedProperties().isEmpty());
 
-    // What one failed search reported does not burden the next one.
+    // Nobody has read what the first failed search reported when the second one fails.
     find("{name='first'}");
-    find("{name='second'}");
-    EXPECT_EQ(QStringList {"{name='second'}"}, inspector()->unmatchedProperties().keys());
+    find("{name='first' type='Window'}.x");
+    EXPECT_EQ((QStringList{"{name='first' type='Window'}", "{name='first'}"}),
+              inspector()->unmatchedProperties().keys());
 }
 
 TEST_F(Search, LeavesTheErrorAloneWhileEventsAreRecorded)
@@ -372,22 +382,34 @@ TEST_F(Search, ReadsPropertiesByReflection)
     c.onGet = nullptr;
 }
 
-TEST_F(Search, RepeatsNeitherErrorsNorWorkForNestedNames)
+TEST_F(Search, ExplainsNestedNamesWithoutRepeatingErrorsOrWork)
 {
-    EXPECT_EQ(nullptr, find("{container={name='none'} text='OK'}"));
-    EXPECT_EQ(1, error().count(QStringLiteral("Object '{name='none'}' not found")));
-    const auto numSearches = [this](int depth) {
-        toolkit.searches = 0;
-        find(QStringLiteral("{container=").repeated(depth) + QStringLiteral("{name='none'}")
-             + QString(depth, u'}'));
-        return toolkit.searches;
-    };
     for (Node *last = &toolkit.root; !last->children.empty();) {
         last->children.resize(1); // one object, which every level is matched with
         last = last->children.front().get();
         last->children.clear();
     }
-    EXPECT_LE(numSearches(20), 20 * 20);
+    EXPECT_EQ(nullptr, find("{container={container={name='F'}}}"));
+    EXPECT_EQ(
+        QStringLiteral("Object '{container={container={name='F'}}}' not found: "
+                       "Object '{container={name='F'}}' not found: Object '{name='F'}' not found. "
+                       "Could not match properties:\n"
+                       "    container for object name: '{container={container={name='F'}}}'\n"
+                       "    container for object name: '{container={name='F'}}'\n"
+                       "    name for object name: '{name='F'}'"),
+        error());
+    for (const int depth : {20, 255, 256, 700}) {
+        SCOPED_TRACE(depth);
+        const int numNested = std::min(depth, 255);
+        toolkit.searches = 0;
+        EXPECT_EQ(nullptr,
+                  find(QStringLiteral("{container=").repeated(depth)
+                       + QStringLiteral("{name='none'}") + QString(depth, u'}')));
+        EXPECT_EQ(2 * (numNested + 1), toolkit.searches);
+        const QString text = error();
+        EXPECT_EQ(numNested + 1, text.count(QStringLiteral("' not found")));
+        EXPECT_EQ(depth > 255, text.contains(QStringLiteral("more than 256 searches are nested")));
+    }
 }
 
 TEST_F(Search, OutlivesTheMatchersOfAnotherTime)

@@ -90,18 +90,24 @@ QStringList failedProperties(const NearMiss &candidate)
 
 } // namespace
 
-SearchScope::SearchScope(const QString &name, const QString &error)
-    : m_outer(innermost), m_name(name), m_errorBefore(error)
+SearchScope::SearchScope(const ObjectName &name)
+    : m_outer(innermost), m_name(name), m_hasConditions(isMultiPropertyName(name.qualifiedName())),
+      m_depth(m_outer ? m_outer->m_depth + 1 : 1)
 {
+    if (m_outer) {
+        m_notes = m_outer->m_notes;
+    }
     innermost = this;
 }
 
+/** A script runs on a stack of its own, so the innermost search need not be the first to end. */
 SearchScope::~SearchScope()
 {
-    innermost = m_outer;
-    if (m_outer && usedMatcher) {
-        m_outer->usedMatcher = true;
+    SearchScope **link = &innermost;
+    while (*link != this) {
+        link = &(*link)->m_outer;
     }
+    *link = m_outer;
 }
 
 SearchScope *SearchScope::current()
@@ -109,19 +115,33 @@ SearchScope *SearchScope::current()
     return innermost;
 }
 
-bool SearchScope::isUnderWay(const SearchScope *scope)
+bool SearchScope::isPartOfAnother() const
 {
-    const SearchScope *s = innermost;
-    while (s && s != scope) {
-        s = s->m_outer;
+    const SearchScope *outer = m_outer;
+    while (outer && !outer->m_hasConditions) {
+        outer = outer->m_outer;
     }
-    return s != nullptr;
+    return outer != nullptr;
+}
+
+std::shared_ptr<SearchNotes> SearchScope::startNotes()
+{
+    m_notes = std::make_shared<SearchNotes>();
+    m_notes->name = m_name;
+    return m_notes;
+}
+
+void SearchScope::setUsedMatcher()
+{
+    for (SearchScope *scope = this; scope; scope = scope->m_outer) {
+        scope->m_usedMatcher = true;
+    }
 }
 
 struct ObjectMatcher::Notes
 {
-    SearchScope *scope;
-    QString name;
+    const std::shared_ptr<SearchNotes> search;
+    const ObjectName name;
     /** Best first, at most maximumNearMisses. */
     std::vector<NearMiss> best;
 };
@@ -136,36 +156,31 @@ ObjectMatcher::ObjectMatcher(const ObjectName &name)
         }
     }
     if (SearchScope *scope = SearchScope::current()) {
-        scope->usedMatcher = true;
-        if (scope->explaining) {
-            m_notes = new Notes{scope, name.qualifiedName(), {}};
+        scope->setUsedMatcher();
+        if (scope->notes()) {
+            m_notes.reset(new Notes{scope->notes(), name, {}});
         }
     }
 }
 
 ObjectMatcher::~ObjectMatcher()
 {
-    if (!m_notes) {
-        return;
-    }
-    const std::unique_ptr<Notes> notes(m_notes);
     const bool isFound = m_occurrence > 0 && m_seen >= m_occurrence;
-    if (isFound || !SearchScope::isUnderWay(notes->scope)) {
-        return;
+    if (m_notes && !isFound) {
+        report();
     }
-    QStringList unmatched;
-    if (!notes->best.empty()) {
-        unmatched = failedProperties(notes->best.front());
-    } else {
-        unmatched = failedProperties(unchecked());
-    }
-    if (!unmatched.isEmpty()) {
-        Inspector::self()->setUnmatchedProperties(notes->name, unmatched);
-        notes->scope->reportedNames << notes->name;
-    }
-    if (qualifiedNamesEqual(notes->name, notes->scope->name())) {
-        auto &all = notes->scope->nearMisses;
-        std::move(notes->best.begin(), notes->best.end(), std::back_inserter(all));
+}
+
+void ObjectMatcher::report()
+{
+    const auto &best = m_notes->best;
+    SearchNotes &search = *m_notes->search;
+    QStringList &unmatched = search.unmatched[m_notes->name.qualifiedName()];
+    unmatched << failedProperties(best.empty() ? unchecked() : best.front());
+    unmatched.removeDuplicates();
+    if (m_notes->name == search.name) {
+        auto &all = search.nearMisses;
+        std::copy(best.begin(), best.end(), std::back_inserter(all));
         std::stable_sort(all.begin(), all.end(), [](const NearMiss &a, const NearMiss &b) {
             return nearness(a) > nearness(b);
         });

@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 namespace Vantrel {
@@ -142,13 +143,14 @@ private:
     void addOccurrence(NearMiss &candidate) const;
     bool isWorthNoting(const NearMiss &candidate);
     void keep(NearMiss candidate);
+    void report();
 
     std::vector<Condition> m_conditions;
     int m_occurrence;
     int m_seen = 0;
     bool m_usable;
     /** Set while a failed search is explained. */
-    Notes *m_notes = nullptr;
+    std::unique_ptr<Notes> m_notes;
 };
 
 } // namespace Vantrel
