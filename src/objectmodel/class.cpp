@@ -37,14 +37,13 @@ const T *memberById(const Class *c, int id, Class::OffsetType kind,
                     void (ClassPrivate::*build)(const Class *))
 {
     for (; c && id >= 0; c = c->super()) {
-        const int offset = c->superClassOffset(kind);
-        if (id >= offset) {
-            ClassPrivate *d = ClassPrivate::get(c);
-            if ((d->*table).isEmpty()) {
-                (d->*build)(c);
-            }
-            // An undeclared ancestor makes the offset negative.
-            const qint64 index = qint64(id) - offset;
+        ClassPrivate *d = ClassPrivate::get(c);
+        if ((d->*table).isEmpty()) {
+            (d->*build)(c);
+        }
+        // An undeclared ancestor makes the offset negative.
+        const qint64 index = qint64(id) - c->superClassOffset(kind);
+        if (index >= 0) {
             return index < (d->*table).size() ? (d->*table).at(int(index)) : nullptr;
         }
     }
