@@ -1,3 +1,4 @@
+#include "objectmodel/inspector.h"
 #include "objectmodel/objectmap.h"
 #include "objectmodel/objectname.h"
 
@@ -329,6 +330,39 @@ TEST(PropertyValue, MatchesTextsPatternsAndNames)
         EXPECT_EQ(matches, value.matches(candidate)) << what;
         EXPECT_EQ(matches, PropertyValue(value).matches(candidate)) << what;
     }
+}
+
+TEST(PropertyValue, RefusesPatternsThatMatchingCannotBear)
+{
+    const struct
+    {
+        const char *what;
+        const char *pattern;
+        bool isRefused;
+    } rows[] = {
+        {"counts in counts", "((a{999}){999}){9}", true},
+        {"no upper limit", "((a{999,}){99,}){2}", true},
+        {"anything between", "(a?){999}|b", true},
+        {"options in options", "((?:[^]a]{0,30}\\)){30})", false},
+        {"many options in options", "(([^]a]{0,99}){99})", true},
+        {"a group that needs a comma", "^(\\w{0,99},){99}$", false},
+        {"one large count", ".{0,999}x", false},
+        {"no counts but braces", "([{9}a]\\{9\\}){999}", false},
+        {"a long list", nullptr, false},
+        {"too many groups", "((((", true},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        QString pattern =
+            row.pattern ? u(row.pattern) : QString("word|").repeated(20000) + "(a|b){2}";
+        pattern.replace("((((", QString("(").repeated(501));
+        Inspector::self()->lastError();
+        EXPECT_FALSE(PropertyValue(pattern, PropertyValue::RegExp).matches("{}"));
+        EXPECT_EQ(row.isRefused,
+                  Inspector::self()->lastError().startsWith("Cannot match the pattern '" + pattern
+                                                            + "': it"));
+    }
+    EXPECT_FALSE(PropertyValue("a", PropertyValue::Modifiers(3)).matches("a")) << "no such mode";
 }
 
 TEST(PropertyValue, MatchesAsWithAnEmptyMapWhenThereIsNone)

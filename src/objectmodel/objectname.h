@@ -45,7 +45,8 @@ public:
      * Whether @p candidate, the value of an object's property as text or the
      * name of an object, meets this condition. Case matters. Regular expressions
      * and wildcards match when they are found anywhere in the candidate; a
-     * broken one never matches. Names of objects are resolved through the
+     * broken one never matches, nor does one whose counts multiply to more than
+     * matching can bear; that becomes the last error. Names of objects are resolved through the
      * current ObjectMap and compared as names.
      */
     bool matches(const QString &candidate) const
