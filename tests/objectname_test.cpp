@@ -400,6 +400,27 @@ TEST(ObjectName, TellsWhatIsWrongWithATextWhenAsked)
     EXPECT_TRUE(ObjectName().isValid());
 }
 
+TEST(ObjectName, TellsPeopleWhatIsMissingAndWhere)
+{
+    const QString ended = "Object name '@' ended unexpectedly at column %1: %2 missing";
+    const std::pair<const char *, QString> rows[] = {
+        {"{a='1' b={c='2'", ended.arg(15).arg("'}'")},
+        {"{a='1", ended.arg(5).arg("a closing quote and '}'")},
+        {"{a~=", ended.arg(4).arg("a value and '}'")},
+        {"{a", ended.arg(2).arg("an operator, a value and '}'")},
+        {"{a='1'} ", "Object name '@' is complete at column 7, but more text follows"},
+        {"{a=x",
+         "Parse error while parsing '@': at column 4: expected either ' or { or whitespace, got x"},
+        {"{a=x}",
+         "Parse error while parsing '@': at column 4: expected either ' or { or whitespace, got x"},
+        {"a}", "Hierarchical names must not start with '{' or end in '}': @"},
+        {"{a='1'}", ""},
+    };
+    for (auto [text, mistake] : rows) {
+        EXPECT_EQ(mistake.replace('@', u(text)), mistakeIn(ObjectName(u(text))));
+    }
+}
+
 TEST(ObjectName, ConvertsBetweenTextAndPropertiesWhenNeeded)
 {
     ObjectName name("{b='2'  a='1'}");

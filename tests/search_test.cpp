@@ -202,31 +202,46 @@ TEST_F(Search, SaysWhatWasNotFound)
 {
     ObjectMap map(false);
     map.loadFromString(QStringLiteral(":Gone\tmain.gone\n:NoTop\tnowhere\n:Bad\t{type='X'}\n"));
-    const struct { const char *what; const char *name; const char *error; } rows[] = {
+    const struct { const char *what; const char *name; const char *error;
+    } rows[] = {
         {"empty", "", "Empty Object Name passed to findObject!"},
-        {"invalid", "{a=x}", "Cannot find object with invalid object name: Parse error while parsing '{a=x}': "
-                             "at column 4: expected either ' or { or whitespace, got x\n"},
-        {"hierarchical, brace", "a.b}", "Cannot find object with invalid object name: Hierarchical names must not "
-                                        "start with '{' or end in '}': a.b}"},
+        {"invalid", "{a=x}",
+         "Cannot find object with invalid object name: Parse error while parsing '{a=x}': "
+         "at column 4: expected either ' or { or whitespace, got x\n"},
+        {"no brace at the end", "{type='Button'",
+         "Cannot find object with invalid object name: Object name "
+         "'{type='Button'' ended unexpectedly at column 14: '}' missing"},
+        {"hierarchical, brace", "a.b}",
+         "Cannot find object with invalid object name: Hierarchical names must not "
+         "start with '{' or end in '}': a.b}"},
         {"top level", "nowhere.ok", "Object 'nowhere.ok' not found."},
         {"percent signs", "no%1where", "Object 'no%1where' not found."},
-        {"child", "main.form.nothing.more", "Object 'main.form.nothing.more' not found.\n"
-                                            "    Could not find child 'nothing' under 'main.form'"},
+        {"child", "main.form.nothing.more",
+         "Object 'main.form.nothing.more' not found.\n"
+         "    Could not find child 'nothing' under 'main.form'"},
         {"symbol", ":Missing", "Object ':Missing' not found. Object name not found in Object Map."},
-        {"symbol with a path", ":Gone", "Object ':Gone' not found.\n    Could not find child 'gone' under 'main'"},
-        {"symbol for a missing top level", ":NoTop", "Object ':NoTop' not found. Object name not found in Object Map."},
-        {"conditions", "{text='OK' type='Label'}", "Object '{text='OK' type='Label'}' not found. Could not match "
-                       "properties:\n    type for object name: '{text='OK' type='Label'}'"},
-        {"no candidate", "{colour='red'}", "Object '{colour='red'}' not found. Could not match properties:\n"
-                         "    colour for object name: '{colour='red'}'"},
-        {"symbol for conditions", ":Bad", "Object ':Bad' not found. Could not match properties:\n"
-                                          "    type for object name: '{type='X'}'"},
-        {"qualified, child", "{type='Panel'}.x", "Object '{type='Panel'}.x' not found.\n"
-                                                 "    Could not find child 'x' under '{type='Panel'}'"},
-        {"qualified, prefix", "{type='X'}.x", "Object '{type='X'}.x' not found: Object '{type='X'}' not found. Could "
-                              "not match properties:\n    type for object name: '{type='X'}'"},
-        {"empty qualified component", "{type='Panel'}.", "Object '{type='Panel'}.' not found.\n"
-                                                         "    Could not find child '' under '{type='Panel'}'"},
+        {"symbol with a path", ":Gone",
+         "Object ':Gone' not found.\n    Could not find child 'gone' under 'main'"},
+        {"symbol for a missing top level", ":NoTop",
+         "Object ':NoTop' not found. Object name not found in Object Map."},
+        {"conditions", "{text='OK' type='Label'}",
+         "Object '{text='OK' type='Label'}' not found. Could not match "
+         "properties:\n    type for object name: '{text='OK' type='Label'}'"},
+        {"no candidate", "{colour='red'}",
+         "Object '{colour='red'}' not found. Could not match properties:\n"
+         "    colour for object name: '{colour='red'}'"},
+        {"symbol for conditions", ":Bad",
+         "Object ':Bad' not found. Could not match properties:\n"
+         "    type for object name: '{type='X'}'"},
+        {"qualified, child", "{type='Panel'}.x",
+         "Object '{type='Panel'}.x' not found.\n"
+         "    Could not find child 'x' under '{type='Panel'}'"},
+        {"qualified, prefix", "{type='X'}.x",
+         "Object '{type='X'}.x' not found: Object '{type='X'}' not found. Could "
+         "not match properties:\n    type for object name: '{type='X'}'"},
+        {"empty qualified component", "{type='Panel'}.",
+         "Object '{type='Panel'}.' not found.\n"
+         "    Could not find child '' under '{type='Panel'}'"},
     };
     for (const auto &row : rows) {
         SCOPED_TRACE(row.what);

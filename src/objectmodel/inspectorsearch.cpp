@@ -59,9 +59,14 @@ struct Path
 };
 
 /** Why @p name cannot be searched for; a name that leads on by children is not checked. */
-QString mistakeIn(const ObjectName &name)
+QString searchMistake(const ObjectName &name)
 {
-    return prefixEnd(name.qualifiedName()) == -1 ? name.errorMessage() : QString();
+    const QString text = name.qualifiedName();
+    if (prefixEnd(text) != -1) {
+        return QString();
+    }
+    // What is wrong within the braces of a name keeps the text of the parser.
+    return isMultiPropertyName(text) ? name.errorMessage() : mistakeIn(name);
 }
 
 QString printable(const QString &name)
@@ -131,7 +136,7 @@ SharedPtr<Object> Inspector::findObject(const QString &name, bool checkEdition)
         return d->cachedObject;
     }
     const ObjectName realName(resolvedName(name));
-    const QString mistake = mistakeIn(realName);
+    const QString mistake = searchMistake(realName);
     if (!mistake.isEmpty()) {
         setError(QLatin1String("Cannot find object with invalid object name: ") + mistake);
         return {};

@@ -405,6 +405,57 @@ bool ObjectName::isOrderedAsCompared() const
     return isMultiProperty() == written.isMultiProperty() && m_properties == written.m_properties;
 }
 
+namespace {
+
+/** What would complete @p text, a name that ends too early; empty when nothing simple does. */
+QString missingEnd(const QString &text)
+{
+    const struct
+    {
+        const char *end;
+        const char *missing;
+    } rows[] = {
+        {"", "'}'"},
+        {"'", "a closing quote and '}'"},
+        {"''", "a value and '}'"},
+        {"=''", "an operator, a value and '}'"},
+    };
+    const QString braces(text.count(u'{'), u'}');
+    for (const auto &row : rows) {
+        int index = 0;
+        PropertyCollector ignored;
+        if (parseName(text + QLatin1String(row.end) + braces, &index, nullptr, &ignored)) {
+            return QString::fromLatin1(row.missing);
+        }
+    }
+    return QString();
+}
+
+/** What the parser says of @p text, which begins like a multi-property name. */
+QString mistakeInBraces(const QString &text)
+{
+    QString error;
+    int index = 0;
+    parseNameByProperties(text, &index, &error);
+    if (error.isEmpty()) {
+        return QStringLiteral("Object name '%1' is complete at column %2, but more text follows")
+            .arg(text, QString::number(index + 1));
+    }
+    const QString missing = index == text.size() ? missingEnd(text) : QString();
+    return missing.isEmpty() ? error.trimmed()
+                             : QStringLiteral("%1: %2 missing").arg(error, missing);
+}
+
+} // namespace
+
+QString mistakeIn(const ObjectName &name)
+{
+    const QString text = name.qualifiedName();
+    const QString error = name.errorMessage().trimmed();
+    const bool isCut = text.startsWith(QLatin1Char('{')) && !isMultiPropertyName(text);
+    return error.isEmpty() || !isCut ? error : mistakeInBraces(text);
+}
+
 bool isMultiPropertyName(const QString &text)
 {
     return text.startsWith(QLatin1Char('{')) && text.endsWith(QLatin1Char('}'));

@@ -151,6 +151,13 @@ private:
     bool m_isAsWritten = true;
 };
 
+/**
+ * Why @p name is not valid, on one line and for people: as errorMessage(), but a
+ * multi-property name without its end is told what is missing and where. Empty
+ * when the name is valid.
+ */
+VANTREL_EXPORT QString mistakeIn(const ObjectName &name);
+
 /** True when @p text begins with "{" and ends in "}"; blanks around it count. */
 VANTREL_EXPORT bool isMultiPropertyName(const QString &text);
 
