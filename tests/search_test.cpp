@@ -372,19 +372,52 @@ TEST_F(Search, ReadsPropertiesByReflection)
     TestClass &c = *new TestClass("SrReflected");
     c.addProperty("text", textArgument()).addProperty("size", intArgument());
     c.addProperty("window", Argument(&Toolkit::nodeClass(), ObjectAttribute::Pointer()));
-    c.onGet = [this](int id, void *) {
-        return id == 0 ? inspector()->createPrimitive("Hello")
-            : id == 1  ? inspector()->createPrimitive(7)
-                       : toolkit.wrapped(ok->parent->parent);
-    };
+    static const Enum::Item items[] = {{"Low", 1}, {"High", 7}, {nullptr, 0}};
+    c.addProperty("level",
+                  Argument(primitive(1), ObjectAttribute(), new Enum(0, &c, "Level", items)));
+    c.addProperty("none", Argument(&Toolkit::nodeClass(), ObjectAttribute::Pointer()));
+    c.addProperty("next", Argument(&c, ObjectAttribute::Pointer()));
     int data = 0;
+    c.onGet = [&](int id, void *) {
+        const Class *ofNext = &c;
+        const SharedPtr<Object> values[] = {
+            inspector()->createPrimitive("Hello"),
+            inspector()->createPrimitive(7),
+            toolkit.wrapped(ok->parent->parent),
+            inspector()->createPrimitive(7),
+            toolkit.wrapped(nullptr),
+            ofNext->wrap(&data, ObjectAttribute::Pointer()),
+        };
+        return values[id];
+    };
+    ObjectMap map(false);
+    map.loadFromString(
+        QStringLiteral(":Main\t{name='main'}\n:Ring\t{next=':Ring'}\n:Seven\t{size='7'}\n"));
     const SharedPtr<Object> object(new Object(&data, &c, ObjectAttribute::Pointer()));
-    const struct { const char *name; bool found; } rows[] = {
+    const struct
+    {
+        const char *name;
+        bool found;
+    } rows[] = {
         {"{text='Hello' size='7'}", true},
         {"{text='Hello' size='8'}", false},
         {"{text='Hello' colour=''}", false},
         {"{window={name='main'}}", true},
         {"{window={name='other'}}", false},
+        {"{window=':Main'}", true},
+        {"{window=':None'}", false},
+        {"{window=''}", false},
+        {"{level='High'}", true},
+        {"{level='7'}", true},
+        {"{level='Low'}", false},
+        {"{none=''}", false},
+        {"{none='<null>'}", false},
+        {"{none={name='main'}}", false},
+        {"{next={size='7' next={level='High'}}}", true},
+        {"{next={size='7' next={level='Low'}}}", false},
+        {"{next={size='7' occurrence='2'}}", false},
+        {"{next=':Seven'}", true},
+        {"{next=':Ring'}", false},
         {"not a multi-property name", false},
         {"{text=}", false},
     };
@@ -393,7 +426,11 @@ TEST_F(Search, ReadsPropertiesByReflection)
         ObjectMatcher matcher(ObjectName(QString::fromLatin1(row.name)));
         EXPECT_EQ(row.found, matcher.offer(object));
         EXPECT_FALSE(matcher.offer(SharedPtr<Object>()));
+        EXPECT_EQ(row.found, objectMatches(object, ObjectName(QString::fromLatin1(row.name))));
     }
+    EXPECT_TRUE(objectMatches(toolkit.wrapped(ok), ObjectName(QStringLiteral("{ name='ok'}"))));
+    EXPECT_FALSE(objectMatches(toolkit.wrapped(nullptr), ObjectName(QStringLiteral("{}"))));
+    EXPECT_EQ(QString(), error());
     c.onGet = nullptr;
 }
 

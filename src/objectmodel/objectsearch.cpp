@@ -1,7 +1,9 @@
 #include "objectmodel/objectsearch.h"
 
 #include "objectmodel/class.h"
+#include "objectmodel/delegates.h"
 #include "objectmodel/inspector.h"
+#include "objectmodel/objectmap.h"
 #include "objectmodel/objectnameparser_p.h"
 #include "objectmodel/objectsearch_p.h"
 #include "objectmodel/primitiveids.h"
@@ -75,6 +77,112 @@ int nearness(const NearMiss &candidate)
     const auto specific = std::count_if(conditions.begin(), conditions.end(), isSpecific);
     const auto close = std::count_if(conditions.begin(), conditions.end(), isClose);
     return (candidate.numHeld * base + int(specific)) * base + int(close);
+}
+
+/** Symbolic names can refer to each other in a circle. */
+constexpr int maximumReferences = 32;
+
+/** What a nested or symbolic name stands for; the empty name for a symbol that is not in the map.
+ */
+ObjectName referredName(const QString &text)
+{
+    if (!text.startsWith(QLatin1Char(':'))) {
+        return ObjectName(text);
+    }
+    const ObjectMap *map = ObjectMap::self();
+    return map ? map->symbolicNames().value(text) : ObjectName();
+}
+
+bool isPrimitive(const SharedPtr<Object> &value)
+{
+    return static_cast<unsigned>(value->type()->id()) < PrimitiveId::Void;
+}
+
+/** Whether a text that is empty is one. */
+bool hasText(const SharedPtr<Object> &value)
+{
+    const auto *delegate = DelegateFactory::self()->find<ConversionDelegate>(value->type());
+    if (delegate && (delegate->capabilities() & ConversionDelegate::StringCapability)) {
+        return true;
+    }
+    const Class *text = Inspector::self()->type(PrimitiveId::Char);
+    return text
+        && value->type()->canConvertToTolerant(text, value->objectAttribute().isPointer(), true,
+                                               nullptr);
+}
+
+/** The key of the value of an enum; null when it has none. */
+QString keyOf(const Property &property, const SharedPtr<Object> &value)
+{
+    const Enum *type = property.argument().enumType();
+    const int number = type ? value->toInteger() : 0;
+    for (int i = 0; type && i < type->count(); ++i) {
+        if (type->value(i) == number) {
+            return type->key(i);
+        }
+    }
+    return QString();
+}
+
+bool holdsForText(const Property &property, const SharedPtr<Object> &value,
+                  const PropertyValue &wanted, QString *actual)
+{
+    const QString text = value->toString();
+    if (text.isEmpty() && !isPrimitive(value) && !hasText(value)) {
+        return false;
+    }
+    const QString key = keyOf(property, value);
+    const QString shown = key.isEmpty() ? text : key;
+    if (actual) {
+        *actual = shown.isNull() ? QLatin1String("") : shown;
+    }
+    return wanted.matches(text) || (!key.isEmpty() && wanted.matches(key));
+}
+
+bool meetsConditions(const SharedPtr<Object> &object, const ObjectName &name, int depth);
+
+/** Whether @p object is the one that @p wanted names, or is as the name says. */
+bool isMeant(const SharedPtr<Object> &object, const PropertyValue &wanted, QString *actual,
+             int depth)
+{
+    if (!object || object->isNull()) {
+        return false;
+    }
+    const QString name = object->qualifiedName();
+    if (actual) {
+        *actual = name.isNull() ? QLatin1String("") : name;
+    }
+    return wanted.matches(name)
+        || (wanted.matchingMode() == PropertyValue::Equals
+            && meetsConditions(object, referredName(wanted.stringValue()), depth + 1));
+}
+
+/** A property without a value meets no condition, not even on an empty text. */
+bool holdsForProperty(const SharedPtr<Object> &object, const QString &name,
+                      const PropertyValue &wanted, QString *actual, int depth)
+{
+    const Property *property = object->type()->property(name);
+    const SharedPtr<Object> value =
+        property && property->isReadable() ? property->get(object) : nullptr;
+    if (!value || value->isNull()) {
+        return false;
+    }
+    const bool isReference = wanted.isObject() || wanted.stringValue().startsWith(QLatin1Char(':'));
+    return isReference && !isPrimitive(value) ? isMeant(value, wanted, actual, depth)
+                                              : holdsForText(*property, value, wanted, actual);
+}
+
+/** An object by itself is the first of those that are like it. */
+bool meetsConditions(const SharedPtr<Object> &object, const ObjectName &name, int depth)
+{
+    if (depth > maximumReferences || !name.isMultiProperty() || name.occurrenceValue() != 1) {
+        return false;
+    }
+    const auto conditions = name.properties();
+    return std::all_of(conditions.keyValueBegin(), conditions.keyValueEnd(), [&](const auto &c) {
+        return c.first == QLatin1String("occurrence")
+            || holdsForProperty(object, c.first, c.second, nullptr, depth);
+    });
 }
 
 QStringList failedProperties(const NearMiss &candidate)
@@ -188,6 +296,11 @@ void ObjectMatcher::report()
     }
 }
 
+bool ObjectMatcher::Condition::holds(const SharedPtr<Object> &object, QString *actual) const
+{
+    return isMeant(object, wanted, actual, 0);
+}
+
 bool ObjectMatcher::offer(const SharedPtr<Object> &object)
 {
     if (!object || object->isNull()) {
@@ -196,17 +309,16 @@ bool ObjectMatcher::offer(const SharedPtr<Object> &object)
     // Held: reading a property may take the caller's handle away.
     const SharedPtr<Object> candidate = object;
     const auto holdsByReflection = [&candidate](const Condition &condition, QString *actual) {
-        const Property *property = candidate->type()->property(condition.name);
-        const SharedPtr<Object> value =
-            property && property->isReadable() ? property->get(candidate) : nullptr;
-        if (!value) {
-            return false;
-        }
-        const bool isPrimitive = static_cast<unsigned>(value->type()->id()) < PrimitiveId::Void;
-        const bool isName = condition.wanted.isObject() && !isPrimitive;
-        return condition.holds(isName ? value->qualifiedName() : value->toString(), actual);
+        return holdsForProperty(candidate, condition.name, condition.wanted, actual, 0);
     };
     return offer(holdsByReflection, [&candidate] { return candidate; });
+}
+
+bool objectMatches(const SharedPtr<Object> &object, const ObjectName &name)
+{
+    const ObjectName real = referredName(name.qualifiedName());
+    return object && !object->isNull()
+        && (ObjectName(object->qualifiedName()) == real || meetsConditions(object, real, 0));
 }
 
 NearMiss ObjectMatcher::unchecked() const
