@@ -113,7 +113,9 @@ public:
 
     /**
      * Lets @p implementation (not owned) answer from now on. The local class
-     * and namespace tables are emptied. The Inspector itself is refused.
+     * and namespace tables are emptied, also by null, which takes the
+     * implementation away; global members are refused with an error from then
+     * on. The Inspector itself is refused.
      */
     void setInspectorInterfaceImpl(InspectorInterface *implementation);
 
