@@ -204,7 +204,8 @@ TEST(Inspector, CountsMembersThatAreAddedToReadyClassesTooEarly)
         for (const auto &[name, method] :
              {std::pair("GestureBuilder", "toXml"), std::pair("Vantrel_Array", "at")}) {
             const Class *c = inspector()->type(QString::fromLatin1(name));
-            c->lateAddMethod(new Method(-1, c, Argument(), Signature(QStringLiteral("late"))));
+            Method late(-1, c, Argument(), Signature(QStringLiteral("late"))); // is not kept
+            c->lateAddMethod(&late);
             const bool isNull = !c->methods(QString::fromLatin1(method)).isEmpty()
                 && c->method(c->numMethods() - 2) && !c->method(c->numMethods() - 1);
             fprintf(stderr, "%s%s ", isNull ? "null" : "?", qPrintable(inspector()->lastError()));
