@@ -159,6 +159,12 @@ TEST(Class, KeepsALateMethodOnlyWhenTheTableExists)
     EXPECT_EQ(QStringLiteral("CtLateSub_0"), sub.method(2)->name());
     used.lateAddMethod(nullptr);
     EXPECT_EQ(2, used.numMethods());
+
+    const TestClass &asked = declared("CtLateAsked", &used, 1);
+    ASSERT_NE(nullptr, asked.method(0)); // an inherited one, yet the own table exists now
+    auto *last = new Method(-1, &asked, Argument(), Signature(QStringLiteral("last")));
+    asked.lateAddMethod(last);
+    EXPECT_EQ(last, asked.method(3));
 }
 
 TEST(Class, CountsDelegatePropertiesBehindItsOwn)

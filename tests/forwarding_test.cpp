@@ -1,9 +1,11 @@
 // A program of its own: the step into forwarding mode cannot be taken back.
 
 #include "objectmodel/class.h"
+#include "objectmodel/globalfunctions.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/namespace.h"
 #include "objectmodel/object.h"
+#include "objectmodel/remote.h"
 
 #include <gtest/gtest.h>
 
@@ -83,6 +85,20 @@ private:
     }
 };
 
+/** The global class of the other process. */
+class RemoteGlobal : public RemoteClassBase
+{
+public:
+    RemoteGlobal() : RemoteClassBase(7, 9) { setNumEnums(1); }
+
+private:
+    Enum *createEnum(int enumId) const override
+    {
+        static const Enum::Item items[] = {{"A", 1}, {nullptr, 0}};
+        return new Enum(enumId, this, QStringLiteral("Kind"), items);
+    }
+};
+
 } // namespace
 
 TEST(Forwarding, PassesExactlyTheForwardedOperations)
@@ -141,6 +157,21 @@ TEST(Forwarding, PassesExactlyTheForwardedOperations)
     inspector->setError(QStringLiteral("text"));
     EXPECT_EQ(QStringLiteral("remote error"), inspector->lastError());
     EXPECT_EQ((QStringList {"call", "setError text", "lastError"}), recorder.taken());
+
+    // Enums without a class are those of the global class over there, in texts too.
+    static const RemoteGlobal &global = *new RemoteGlobal; // classes keep what they hand out
+    recorder.aClass = &global;
+    const Enum *found = inspector->enumerator(QStringLiteral("Kind"));
+    ASSERT_NE(nullptr, found);
+    EXPECT_EQ(QStringLiteral("(Kind)"),
+              Signature(QString(), {Argument(&global, ObjectAttribute(), found)}).toString());
+    EXPECT_EQ(nullptr, addFunction("half", [](int value) { return value / 2; }));
+    EXPECT_EQ(nullptr, addProperty("pi", [] { return 3; }));
+    EXPECT_EQ(nullptr, addEnum("Kind", {Enum::Item{"Own", 1}}));
+    EXPECT_EQ((QStringList{"function 'half'", "property 'pi'", "enum 'Kind'"}),
+              recorder.taken()
+                  .replaceInStrings(QRegExp("^setError Cannot add global (.*): the .*"), "\\1")
+                  .filter(QStringLiteral("'")));
 
     // What stays with the process it runs in.
     const Event event(0, recorder.aClass, Signature(QStringLiteral("e")), Event::Sendable);

@@ -1,5 +1,6 @@
 #include "testclass.h"
 
+#include "objectmodel/containerclasses.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/globalobject.h"
 #include "objectmodel/namespace.h"
@@ -193,6 +194,25 @@ TEST(Inspector, TakesTheDelegatesOfTheToolkitsInTheirOrder)
         exit(0);
     };
     EXPECT_EXIT(objectsInOrder(), testing::ExitedWithCode(0), "^Qt XView Tk Web Java Mac Win Android \n");
+}
+
+TEST(Inspector, CountsMembersThatAreAddedToReadyClassesTooEarly)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe"); // the tables must not exist yet
+    const auto addTooEarly = [] {
+        registerContainerClasses();
+        for (const auto &[name, method] :
+             {std::pair("GestureBuilder", "toXml"), std::pair("Vantrel_Array", "at")}) {
+            const Class *c = inspector()->type(QString::fromLatin1(name));
+            Method late(-1, c, Argument(), Signature(QStringLiteral("late"))); // is not kept
+            c->lateAddMethod(&late);
+            const bool isNull = !c->methods(QString::fromLatin1(method)).isEmpty()
+                && c->method(c->numMethods() - 2) && !c->method(c->numMethods() - 1);
+            fprintf(stderr, "%s%s ", isNull ? "null" : "?", qPrintable(inspector()->lastError()));
+        }
+        exit(0);
+    };
+    EXPECT_EXIT(addTooEarly(), testing::ExitedWithCode(0), "null null ");
 }
 
 TEST(Inspector, EnumeratesTheObjectsOfAllTopLevelDelegates)

@@ -1,3 +1,4 @@
+#include "objectmodel/inspector.h"
 #include "objectmodel/objectmap.h"
 #include "objectmodel/objectname.h"
 
@@ -331,6 +332,39 @@ TEST(PropertyValue, MatchesTextsPatternsAndNames)
     }
 }
 
+TEST(PropertyValue, RefusesPatternsThatMatchingCannotBear)
+{
+    const struct
+    {
+        const char *what;
+        const char *pattern;
+        bool isRefused;
+    } rows[] = {
+        {"counts in counts", "((a{999}){999}){9}", true},
+        {"no upper limit", "((a{999,}){99,}){2}", true},
+        {"anything between", "(a?){999}|b", true},
+        {"options in options", "((?:[^]a]{0,30}\\)){30})", false},
+        {"many options in options", "(([^]a]{0,99}){99})", true},
+        {"a group that needs a comma", "^(\\w{0,99},){99}$", false},
+        {"one large count", ".{0,999}x", false},
+        {"no counts but braces", "([{9}a]\\{9\\}){999}", false},
+        {"a long list", nullptr, false},
+        {"too many groups", "((((", true},
+    };
+    for (const auto &row : rows) {
+        SCOPED_TRACE(row.what);
+        QString pattern =
+            row.pattern ? u(row.pattern) : QString("word|").repeated(20000) + "(a|b){2}";
+        pattern.replace("((((", QString("(").repeated(501));
+        Inspector::self()->lastError();
+        EXPECT_FALSE(PropertyValue(pattern, PropertyValue::RegExp).matches("{}"));
+        EXPECT_EQ(row.isRefused,
+                  Inspector::self()->lastError().startsWith("Cannot match the pattern '" + pattern
+                                                            + "': it"));
+    }
+    EXPECT_FALSE(PropertyValue("a", PropertyValue::Modifiers(3)).matches("a")) << "no such mode";
+}
+
 TEST(PropertyValue, MatchesAsWithAnEmptyMapWhenThereIsNone)
 {
     ObjectMap(false); // was the current map for a moment
@@ -364,6 +398,27 @@ TEST(ObjectName, TellsWhatIsWrongWithATextWhenAsked)
         EXPECT_EQ(u("2"), parseNameByProperties(name.qualifiedName()).value("b").stringValue());
     }
     EXPECT_TRUE(ObjectName().isValid());
+}
+
+TEST(ObjectName, TellsPeopleWhatIsMissingAndWhere)
+{
+    const QString ended = "Object name '@' ended unexpectedly at column %1: %2 missing";
+    const std::pair<const char *, QString> rows[] = {
+        {"{a='1' b={c='2'", ended.arg(15).arg("'}'")},
+        {"{a='1", ended.arg(5).arg("a closing quote and '}'")},
+        {"{a~=", ended.arg(4).arg("a value and '}'")},
+        {"{a", ended.arg(2).arg("an operator, a value and '}'")},
+        {"{a='1'} ", "Object name '@' is complete at column 7, but more text follows"},
+        {"{a=x",
+         "Parse error while parsing '@': at column 4: expected either ' or { or whitespace, got x"},
+        {"{a=x}",
+         "Parse error while parsing '@': at column 4: expected either ' or { or whitespace, got x"},
+        {"a}", "Hierarchical names must not start with '{' or end in '}': @"},
+        {"{a='1'}", ""},
+    };
+    for (auto [text, mistake] : rows) {
+        EXPECT_EQ(mistake.replace('@', u(text)), mistakeIn(ObjectName(u(text))));
+    }
 }
 
 TEST(ObjectName, ConvertsBetweenTextAndPropertiesWhenNeeded)

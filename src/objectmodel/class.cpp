@@ -38,14 +38,13 @@ const T *memberById(const Class *c, int id, Class::OffsetType kind,
                     void (ClassPrivate::*build)(const Class *))
 {
     for (; c && id >= 0; c = c->super()) {
-        const int offset = c->superClassOffset(kind);
-        if (id >= offset) {
-            ClassPrivate *d = ClassPrivate::get(c);
-            if ((d->*table).isEmpty()) {
-                (d->*build)(c);
-            }
-            // An undeclared ancestor makes the offset negative.
-            const qint64 index = qint64(id) - offset;
+        ClassPrivate *d = ClassPrivate::get(c);
+        if ((d->*table).isEmpty()) {
+            (d->*build)(c);
+        }
+        // An undeclared ancestor makes the offset negative.
+        const qint64 index = qint64(id) - c->superClassOffset(kind);
+        if (index >= 0) {
             return index < (d->*table).size() ? (d->*table).at(int(index)) : nullptr;
         }
     }
@@ -90,6 +89,68 @@ quint32 propertyKey(const QString &name)
 
 /** Type names nested deeper than this, which nobody writes, are left as they are. */
 constexpr int maximumTypeDepth = 256;
+
+/** A type name, and the qualifiers of one level that stood around it. */
+struct TypeSpelling
+{
+    explicit TypeSpelling(const QString &type);
+
+    bool isQualified() const { return isConst || isReference || isPointer; }
+    QString qualified(const QString &name) const;
+
+    QString bare;
+    bool isPointer;
+    bool isReference;
+    bool isConst;
+};
+
+/** Takes @p sign off the end and the beginning of @p text. */
+bool takeSign(QString &text, QChar sign)
+{
+    const int size = text.size();
+    if (text.endsWith(sign)) {
+        text.chop(1);
+    }
+    if (text.startsWith(sign)) {
+        text.remove(0, 1);
+    }
+    return text.size() < size;
+}
+
+bool takeConst(QString &text)
+{
+    const QLatin1String word("const");
+    const bool isThere = text.startsWith(word);
+    if (isThere) {
+        text = text.mid(word.size()).trimmed();
+    }
+    return isThere;
+}
+
+TypeSpelling::TypeSpelling(const QString &type)
+    : bare(type), isPointer(takeSign(bare, u'*')), isReference(takeSign(bare, u'&')),
+      isConst(takeConst(bare))
+{}
+
+QString TypeSpelling::qualified(const QString &name) const
+{
+    return QLatin1String(isConst ? "const " : "") + name + QLatin1String(isReference ? "&" : "")
+        + QLatin1String(isPointer ? "*" : "");
+}
+
+/** "List<A,B>" with A and B mapped; @p type as it is when it has no template arguments. */
+template <class Map>
+QString withMappedArguments(const QString &type, Map map)
+{
+    const int open = type.indexOf(u'<');
+    const int close = type.lastIndexOf(u'>');
+    if (open == -1 || close < open) {
+        return type;
+    }
+    QStringList arguments = type.mid(open + 1, close - open - 1).split(u',');
+    std::transform(arguments.cbegin(), arguments.cend(), arguments.begin(), map);
+    return type.left(open) + u'<' + arguments.join(u',') + u'>';
+}
 
 // An address to compare with, known before any constructor runs.
 char uninitializedSuperClass;
@@ -584,47 +645,10 @@ QString Class::realType(const QString &type)
     if (depth.value() > maximumTypeDepth) {
         return type;
     }
-    QString t = type;
-    QString qualifiers;
-    for (const QChar c : {QChar(u'*'), QChar(u'&')}) {
-        if (t.endsWith(c)) {
-            t.chop(1);
-            qualifiers += c;
-        }
-        if (t.startsWith(c)) {
-            t.remove(0, 1);
-            qualifiers += c;
-        }
-    }
-    const QLatin1String constWord("const");
-    if (t.startsWith(constWord)) {
-        t = t.mid(constWord.size()).trimmed();
-        qualifiers += constWord;
-    }
-    if (t == type) {
-        const int open = t.indexOf(u'<');
-        const int close = t.lastIndexOf(u'>');
-        if (open == -1 || close < open) {
-            return t;
-        }
-        const QStringList pieces = t.mid(open + 1, close - open - 1).split(u',');
-        QStringList mapped;
-        for (const QString &piece : pieces) {
-            mapped << realType(piece);
-        }
-        return t.left(open) + u'<' + mapped.join(u',') + u'>';
-    }
-    t = realType(t);
-    if (qualifiers.contains(constWord)) {
-        t.prepend(QLatin1String("const "));
-    }
-    if (qualifiers.contains(u'&')) {
-        t.append(u'&');
-    }
-    if (qualifiers.contains(u'*')) {
-        t.append(u'*');
-    }
-    return t;
+    const auto normal = [this](const QString &part) { return realType(part); };
+    const TypeSpelling spelling(type);
+    return spelling.isQualified() ? spelling.qualified(normal(spelling.bare))
+                                  : withMappedArguments(type, normal);
 }
 
 QString Class::realType(const QString &type) const

@@ -161,10 +161,14 @@ public:
         return object;
     }
 
+protected:
+    /** One adds and one reads; those that are added late belong to somebody else. */
+    static bool isMethod(int methodId) { return methodId == 0 || methodId == 1; }
+
 private:
     Constructor *createConstructor(int index) const override
     {
-        return new Constructor(index, this, Signature(className()));
+        return index == 0 ? new Constructor(index, this, Signature(className())) : nullptr;
     }
 
     /** A native pointer would not tell of what class the item is, so the handles are used. */
@@ -173,6 +177,11 @@ private:
     {
         if (!verifyMethodInvocation(object, method)
             || !verifyMethodArgumentCount(className(), method, arguments)) {
+            return {};
+        }
+        if (!isMethod(methodId)) {
+            Inspector::self()->setError(
+                QStringLiteral("%1 has no code for %2()").arg(className(), method->name()));
             return {};
         }
         void *data = nullptr;
@@ -403,6 +412,9 @@ public:
 private:
     Method *createMethod(int methodId) const override
     {
+        if (!isMethod(methodId)) {
+            return nullptr;
+        }
         if (methodId == 0) {
             return new Method(
                 methodId, this, voidArgument(),
@@ -415,6 +427,9 @@ private:
 
     Property *createProperty(int propertyId) const override
     {
+        if (propertyId != 0) {
+            return nullptr;
+        }
         return new Property(propertyId, this, Argument(primitive(PrimitiveId::Int64)),
                             QStringLiteral("length"), Property::Readable);
     }
@@ -455,6 +470,9 @@ public:
 private:
     Method *createMethod(int methodId) const override
     {
+        if (!isMethod(methodId)) {
+            return nullptr;
+        }
         if (methodId == 0) {
             return new Method(methodId, this, voidArgument(),
                               Signature(QStringLiteral("insert"),
@@ -466,6 +484,9 @@ private:
 
     Property *createProperty(int propertyId) const override
     {
+        if (propertyId != 0) {
+            return nullptr;
+        }
         const Argument keys(ArrayClass::registeredClass(), ObjectAttribute::Pointer());
         return new Property(propertyId, this, keys, QStringLiteral("keys"), Property::Readable);
     }

@@ -401,8 +401,14 @@ bool GestureClass::compare(SharedPtr<Object> a, SharedPtr<Object> b) const
     return sameObjects(a, b);
 }
 
+// Members that are added late count before there is a table to keep them in, so
+// that ids beyond the rows are asked for.
+
 Constructor *GestureClass::createConstructor(int index) const
 {
+    if (index != 0) {
+        return nullptr;
+    }
     const Argument width = Native<double>::type(QStringLiteral("width"));
     const Argument height = Native<double>::type(QStringLiteral("height"));
     const Argument unit(QStringLiteral("unit"), primitive(PrimitiveId::Int), ObjectAttribute(),
@@ -412,12 +418,18 @@ Constructor *GestureClass::createConstructor(int index) const
 
 Method *GestureClass::createMethod(int methodId) const
 {
+    if (methodId < 0 || methodId >= int(methodRows().size())) {
+        return nullptr;
+    }
     const MethodRow &row = methodRows()[std::size_t(methodId)];
     return new Method(methodId, this, row.result, Signature(row.name, row.arguments));
 }
 
 Property *GestureClass::createProperty(int propertyId) const
 {
+    if (propertyId < 0 || propertyId >= int(std::size(propertyRows))) {
+        return nullptr;
+    }
     return new Property(propertyId, this, Argument(primitive(PrimitiveId::Double)),
                         QString::fromLatin1(propertyRows[propertyId].name),
                         PropertyDeclaration::Readable);
@@ -425,7 +437,7 @@ Property *GestureClass::createProperty(int propertyId) const
 
 Enum *GestureClass::createEnum(int enumId) const
 {
-    return new Enum(enumId, this, QStringLiteral("Unit"), unitItems);
+    return enumId == 0 ? new Enum(enumId, this, QStringLiteral("Unit"), unitItems) : nullptr;
 }
 
 } // namespace Vantrel

@@ -22,6 +22,16 @@ std::nullptr_t refuse(const char *what, const char *name, const QString &reason)
     return nullptr;
 }
 
+/** Null, with an error, when the Inspector was or is answered for by another process. */
+GlobalClass *globalClassFor(const char *what, const char *name)
+{
+    GlobalClass *found = Inspector::self()->globalClass();
+    if (!found) {
+        refuse(what, name, QStringLiteral("the Inspector knows no global class of this process"));
+    }
+    return found;
+}
+
 Argument argumentOf(const QString &name, const GlobalType &type, QString *error)
 {
     return type.isHandle ? Argument::AnyObject(name) : resolved(name, type.type, error);
@@ -88,6 +98,10 @@ Method *addGlobalFunction(const char *name, const GlobalType &result,
                           const std::vector<GlobalType> &parameters, Names names, GlobalCall call)
 {
     const char *const what = "function";
+    GlobalClass *const global = globalClassFor(what, name);
+    if (!global) {
+        return nullptr;
+    }
     if (names.size() > parameters.size()) {
         return refuse(what, name,
                       QStringLiteral("%1 argument names for %2 arguments")
@@ -108,7 +122,7 @@ Method *addGlobalFunction(const char *name, const GlobalType &result,
                           QStringLiteral("argument %1: %2").arg(QString::number(i + 1), error));
         }
     }
-    return Inspector::self()->globalClass()->addFunction(
+    return global->addFunction(
         returnType, signature,
         GlobalCaller{signature.name(), parameters, returnType.type(), std::move(call)});
 }
@@ -116,6 +130,10 @@ Method *addGlobalFunction(const char *name, const GlobalType &result,
 const Property *addGlobalProperty(const char *name, const GlobalType &type, GlobalCall getter,
                                   GlobalCall setter)
 {
+    GlobalClass *const global = globalClassFor("property", name);
+    if (!global) {
+        return nullptr;
+    }
     QString error;
     const Argument argument = argumentOf(QString(), type, &error);
     if (!error.isEmpty()) {
@@ -128,13 +146,17 @@ const Property *addGlobalProperty(const char *name, const GlobalType &type, Glob
         write = [set = GlobalCaller{propertyName, {type}, nullptr, std::move(setter)}](
                     const SharedPtr<Object> &value) { return bool(set({value})); };
     }
-    return Inspector::self()->globalClass()->addProperty(
+    return global->addProperty(
         argument, propertyName, [get] { return get(ObjectList()); }, std::move(write));
 }
 
 Enum *addGlobalEnum(const char *name, const std::type_info *info,
                     const std::vector<Enum::Item> &items)
 {
+    GlobalClass *const global = globalClassFor("enum", name);
+    if (!global) {
+        return nullptr;
+    }
     if (info && enumOf(*info)) {
         return refuse("enum", name,
                       QStringLiteral("the type %1 belongs to the enum %2 already")
@@ -144,7 +166,7 @@ Enum *addGlobalEnum(const char *name, const std::type_info *info,
     for (const Enum::Item &item : items) {
         copies.emplace_back(item.key, item.value);
     }
-    Enum *added = Inspector::self()->globalClass()->addEnum(QString::fromUtf8(name), copies);
+    Enum *added = global->addEnum(QString::fromUtf8(name), copies);
     if (added && info) {
         registerEnum(*info, added);
     }

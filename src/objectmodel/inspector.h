@@ -41,6 +41,7 @@ public:
     /**
      * The object with a symbolic, multi-property, qualified ("{...}.child") or
      * hierarchical name. Null when there is none; the last error tells why.
+     * A delegate may search in turn, up to 256 searches deep.
      */
     SharedPtr<Object> findObject(const QString &name) override;
     int numClasses() const override;
@@ -104,12 +105,17 @@ public:
     bool uninstallGlobalEventHandler(const QString &event, EventHandler *handler) override;
 
     QVariant call(const QString &name, const FList<QVariant> &arguments) override;
-    /** Since the last failed search: names of objects, and their properties that did not match. */
+    /**
+     * Names of objects, and their properties that did not match, of all failed
+     * searches since the last error was read.
+     */
     QMap<QString, QStringList> unmatchedProperties() override;
 
     /**
      * Lets @p implementation (not owned) answer from now on. The local class
-     * and namespace tables are emptied. The Inspector itself is refused.
+     * and namespace tables are emptied, also by null, which takes the
+     * implementation away; global members are refused with an error from then
+     * on. The Inspector itself is refused.
      */
     void setInspectorInterfaceImpl(InspectorInterface *implementation);
 

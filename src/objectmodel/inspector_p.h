@@ -98,6 +98,13 @@ struct RecorderSettings
     QHash<QString, bool> eventCompression;
 };
 
+/** How far a search along a path of names came. */
+struct PathEnd
+{
+    QStringList resolved;
+    QString missing;
+};
+
 class InspectorPrivate
 {
 public:
@@ -127,10 +134,17 @@ public:
     /** The end of a successful search: @p found goes into the cache. */
     SharedPtr<Object> accept(const QString &name, const SharedPtr<Object> &found,
                              bool checkEdition);
+    /** Looks for @p realName; the cache and messages know it as @p name. */
+    SharedPtr<Object> search(const QString &name, const ObjectName &realName, bool checkEdition);
+    SharedPtr<Object> findByNameOrPath(const ObjectName &realName, bool checkEdition, PathEnd *end);
     SharedPtr<Object> askDelegates(const ObjectName &name);
-    /** Asks the delegates again, with matchers that take notes. */
-    void explainFailure(SearchScope &scope, const ObjectName &name);
-    void forgetFailedSearch();
+    SharedPtr<Object> searchPath(const QString &name, bool checkEdition, PathEnd *end);
+    /**
+     * Asks the delegates again, with matchers that take notes. What else that
+     * does to the last error and the unmatched properties is undone.
+     */
+    void explain(SearchScope &scope, const ObjectName &name);
+    QString missText(const QString &name, const QString &realName, const PathEnd &end) const;
 
     int globalClassId = 9;
     int globalNamespaceId = 0;
@@ -144,8 +158,6 @@ public:
     bool cacheEnabled = true;
     QString lastError;
     QMap<QString, QStringList> unmatchedProperties;
-    /** Those among them that the last search has put there. */
-    QStringList reportedNames;
     std::vector<NearMiss> nearMisses;
     RecorderSettings recorder;
     unsigned long licEditions = 0;

@@ -2,9 +2,8 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/delegates.h"
-#include "objectmodel/globalobject.h"
-#include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
+#include "objectmodel/primitiveids.h"
 
 #include <algorithm>
 
@@ -243,8 +242,7 @@ const Enum *InspectorInterface::enumerator(const QString &name) const
     // A name that begins with "::" has nothing before it, so the search ends at the second
     // character.
     const int separator = name.lastIndexOf(QLatin1String("::"));
-    const Class *owner =
-        separator > 0 ? type(name.left(separator)) : Inspector::self()->globalClass();
+    const Class *owner = separator > 0 ? type(name.left(separator)) : type(PrimitiveId::Global);
     return owner ? owner->enumerator(separator > 0 ? name.mid(separator + 2) : name) : nullptr;
 }
 

@@ -6,17 +6,11 @@
 #include "objectmodel/objectname.h"
 #include "objectmodel/objectsearch_p.h"
 
+#include <utility>
+
 namespace Vantrel {
 
 namespace {
-
-/** Where the search along a path of names came to. */
-struct Path
-{
-    SharedPtr<Object> object;
-    QStringList resolved;
-    QString missing;
-};
 
 /**
  * The place of the "}." in a name such as "{type='Dialog'}.button", which leads
@@ -44,36 +38,35 @@ QString resolvedName(const QString &name)
     return isSymbolic(name) ? name.mid(1) : name;
 }
 
-void followPath(Path &path, const QStringList &components)
+/**
+ * Where a search along a path of names begins, as in "{type='Dialog'}.button.icon",
+ * whose first object has a name of its own, or in "main.form.button".
+ */
+struct Path
 {
-    for (const QString &component : components) {
-        SharedPtr<Object> next = path.object->childByName(component);
-        if (!next) {
-            path.missing = component;
-            path.object.reset();
-            return;
-        }
-        path.object = next;
-        path.resolved << component;
+    explicit Path(const QString &name)
+    {
+        const int end = prefixEnd(name);
+        hasPrefix = end != -1;
+        children = (hasPrefix ? name.mid(end + 2) : normalizedHierarchicalName(name))
+                       .split(QLatin1Char('.'));
+        first = hasPrefix ? name.left(end + 1) : children.takeFirst();
     }
-}
 
-/** @p prefixEnd is that of @p name; a name without prefix begins with a top-level object. */
-Path searchPath(const QString &name, int prefixEnd, bool checkEdition)
+    bool hasPrefix;
+    QString first;
+    QStringList children;
+};
+
+/** Why @p name cannot be searched for; a name that leads on by children is not checked. */
+QString searchMistake(const ObjectName &name)
 {
-    Inspector *inspector = Inspector::self();
-    const bool hasPrefix = prefixEnd != -1;
-    QStringList components = hasPrefix ? name.mid(prefixEnd + 2).split(QLatin1Char('.'))
-                                       : normalizedHierarchicalName(name).split(QLatin1Char('.'));
-    const QString first = hasPrefix ? name.left(prefixEnd + 1) : components.takeFirst();
-    Path path;
-    path.object =
-        hasPrefix ? inspector->findObject(first, checkEdition) : inspector->object(first, nullptr);
-    if (path.object) {
-        path.resolved << first;
-        followPath(path, components);
+    const QString text = name.qualifiedName();
+    if (prefixEnd(text) != -1) {
+        return QString();
     }
-    return path;
+    // What is wrong within the braces of a name keeps the text of the parser.
+    return isMultiPropertyName(text) ? name.errorMessage() : mistakeIn(name);
 }
 
 QString printable(const QString &name)
@@ -94,11 +87,11 @@ QString unmatchedText(const QMap<QString, QStringList> &unmatched)
     return text;
 }
 
-QString pathText(const QString &name, const Path &path)
+QString pathText(const QString &name, const PathEnd &end)
 {
-    if (!path.resolved.isEmpty()) {
-        return QLatin1String("\n    Could not find child '") + path.missing
-            + QLatin1String("' under '") + path.resolved.join(QLatin1Char('.')) + QLatin1Char('\'');
+    if (!end.resolved.isEmpty()) {
+        return QLatin1String("\n    Could not find child '") + end.missing
+            + QLatin1String("' under '") + end.resolved.join(QLatin1Char('.')) + QLatin1Char('\'');
     }
     return isSymbolic(name) ? QStringLiteral(" Object name not found in Object Map.") : QString();
 }
@@ -133,48 +126,22 @@ SharedPtr<Object> Inspector::findObject(const QString &name, bool checkEdition)
     if (d->implementation) {
         return d->implementation->findObject(name);
     }
-    const QString realName = resolvedName(name);
     if (d->topLevelDelegates().empty()) {
+        setError(QStringLiteral("Cannot find object '%1': no toolkit has registered an object "
+                                "hierarchy")
+                     .arg(name));
         return {};
     }
     if (d->isCached(name)) {
         return d->cachedObject;
     }
-    const int end = prefixEnd(realName);
-    const ObjectName objectName(realName);
-    if (end == -1 && !objectName.isValid()) {
-        setError(QLatin1String("Cannot find object with invalid object name: ")
-                 + objectName.errorMessage());
+    const ObjectName realName(resolvedName(name));
+    const QString mistake = searchMistake(realName);
+    if (!mistake.isEmpty()) {
+        setError(QLatin1String("Cannot find object with invalid object name: ") + mistake);
         return {};
     }
-
-    const bool isMultiProperty = isMultiPropertyName(realName);
-    SearchScope scope(realName, d->lastError);
-    scope.isExplainable = isMultiProperty;
-    if (scope.isOutermost()) {
-        d->forgetFailedSearch();
-    }
-    if (const SharedPtr<Object> found = d->askDelegates(objectName)) {
-        return d->accept(name, found, checkEdition);
-    }
-    const Path path = isMultiProperty ? Path() : searchPath(realName, end, checkEdition);
-    if (path.object) {
-        return d->accept(name, path.object, checkEdition);
-    }
-    if (isEventRecordingEnabled()) {
-        return {};
-    }
-    if (isMultiProperty && scope.isToBeExplained()) {
-        d->explainFailure(scope, objectName);
-    }
-    QString text = QLatin1String("Object '") + name + QLatin1String("' not found");
-    const QString earlier = scope.errorToRepeat(d->lastError);
-    text += earlier.isEmpty() ? QStringLiteral(".") : QLatin1String(": ") + earlier;
-    d->lastError.clear();
-    text += isMultiProperty ? unmatchedText(d->unmatchedProperties) : pathText(name, path);
-    setError(text);
-    scope.failed(text);
-    return {};
+    return d->search(name, realName, checkEdition);
 }
 
 std::vector<NearMiss> Inspector::nearMisses() const
@@ -200,6 +167,40 @@ SharedPtr<Object> InspectorPrivate::accept(const QString &name, const SharedPtr<
     return found;
 }
 
+SharedPtr<Object> InspectorPrivate::search(const QString &name, const ObjectName &realName,
+                                           bool checkEdition)
+{
+    SearchScope scope(realName);
+    if (scope.isTooDeep()) {
+        Inspector::self()->setError(
+            QStringLiteral("Cannot find object '%1': more than %2 searches are nested")
+                .arg(name, QString::number(SearchScope::maximumDepth)));
+        return {};
+    }
+    if (scope.isOutermost()) {
+        nearMisses.clear();
+    }
+    PathEnd end;
+    if (const SharedPtr<Object> found = findByNameOrPath(realName, checkEdition, &end)) {
+        return accept(name, found, checkEdition);
+    }
+    if (!Inspector::self()->isEventRecordingEnabled()) {
+        if (scope.isToBeExplained()) {
+            explain(scope, realName);
+        }
+        Inspector::self()->setError(missText(name, realName.qualifiedName(), end));
+    }
+    return {};
+}
+
+SharedPtr<Object> InspectorPrivate::findByNameOrPath(const ObjectName &realName, bool checkEdition,
+                                                     PathEnd *end)
+{
+    const SharedPtr<Object> found = askDelegates(realName);
+    const QString text = realName.qualifiedName();
+    return found || isMultiPropertyName(text) ? found : searchPath(text, checkEdition, end);
+}
+
 SharedPtr<Object> InspectorPrivate::askDelegates(const ObjectName &name)
 {
     SharedPtr<Object> found;
@@ -210,27 +211,50 @@ SharedPtr<Object> InspectorPrivate::askDelegates(const ObjectName &name)
     return found;
 }
 
-void InspectorPrivate::explainFailure(SearchScope &scope, const ObjectName &name)
+SharedPtr<Object> InspectorPrivate::searchPath(const QString &name, bool checkEdition, PathEnd *end)
 {
-    if (!scope.usedMatcher) {
-        return;
+    const Path path(name);
+    Inspector *const inspector = Inspector::self();
+    SharedPtr<Object> object = path.hasPrefix ? inspector->findObject(path.first, checkEdition)
+                                              : inspector->object(path.first, nullptr);
+    if (object) {
+        end->resolved << path.first;
     }
-    scope.explaining = true;
-    askDelegates(name);
-    scope.explaining = false;
-    reportedNames << scope.reportedNames;
-    if (scope.isOfInterest()) {
-        nearMisses = std::move(scope.nearMisses);
+    for (auto child = path.children.begin(); object && child != path.children.end(); ++child) {
+        object = object->childByName(*child);
+        if (object) {
+            end->resolved << *child;
+        } else {
+            end->missing = *child;
+        }
     }
+    return object;
 }
 
-void InspectorPrivate::forgetFailedSearch()
+QString InspectorPrivate::missText(const QString &name, const QString &realName,
+                                   const PathEnd &end) const
 {
-    nearMisses.clear();
-    for (const QString &name : qAsConst(reportedNames)) {
-        unmatchedProperties.remove(name);
+    const QString reason =
+        lastError.isEmpty() ? QStringLiteral(".") : QLatin1String(": ") + lastError;
+    return QLatin1String("Object '") + name + QLatin1String("' not found") + reason
+        + (isMultiPropertyName(realName) ? unmatchedText(unmatchedProperties)
+                                         : pathText(name, end));
+}
+
+void InspectorPrivate::explain(SearchScope &scope, const ObjectName &name)
+{
+    const QString errorBefore = std::exchange(lastError, QString());
+    const auto unmatchedBefore = std::exchange(unmatchedProperties, {});
+    const std::shared_ptr<SearchNotes> notes = scope.startNotes();
+    askDelegates(name);
+    lastError = errorBefore;
+    unmatchedProperties = unmatchedBefore;
+    nearMisses = notes->nearMisses;
+    for (auto it = notes->unmatched.cbegin(); it != notes->unmatched.cend(); ++it) {
+        for (const QString &property : it.value()) {
+            Inspector::self()->addUnmatchedProperty(it.key(), property);
+        }
     }
-    reportedNames.clear();
 }
 
 } // namespace Vantrel

@@ -2,7 +2,6 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/diagnostics_p.h"
-#include "objectmodel/globalobject.h"
 #include "objectmodel/inspector.h"
 #include "objectmodel/object.h"
 #include "objectmodel/primitiveids.h"
@@ -33,7 +32,7 @@ QString argumentTypeText(const Argument &argument)
         return argument.type() ? argument.type()->className() : QStringLiteral("undefined");
     }
     const Class *owner = enumType->enumClass();
-    if (!owner || owner == Inspector::self()->globalClass()) {
+    if (!owner || owner == Inspector::self()->type(PrimitiveId::Global)) {
         return enumType->name();
     }
     return owner->className() + QLatin1String("::") + enumType->name();

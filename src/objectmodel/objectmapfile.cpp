@@ -238,8 +238,7 @@ void Linter::checkEntry(const QString &symbolicName, const ObjectName &realName)
         lineOfRealName = m_line;
     }
     if (!realName.isValid()) {
-        report(ObjectMap::Problem::InvalidName,
-               ObjectMap::printableName(realName.errorMessage().trimmed()));
+        report(ObjectMap::Problem::InvalidName, ObjectMap::printableName(mistakeIn(realName)));
     }
 }
 

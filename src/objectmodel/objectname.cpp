@@ -1,7 +1,9 @@
 #include "objectmodel/objectname.h"
 
+#include "objectmodel/inspector.h"
 #include "objectmodel/objectmap.h"
 #include "objectmodel/objectnameparser_p.h"
+#include "objectmodel/pattern_p.h"
 
 #include <QRegExp>
 
@@ -15,43 +17,6 @@ namespace {
 bool isSymbolic(const QString &name)
 {
     return name.startsWith(QLatin1Char(':'));
-}
-
-/** Index after the bracket expression that begins at @p begin. */
-int endOfBracketExpression(const QString &wildcard, int begin)
-{
-    int i = begin + 1;
-    for (const char skipped : {'^', ']'}) {
-        if (i < wildcard.size() && wildcard.at(i) == QLatin1Char(skipped)) {
-            ++i;
-        }
-    }
-    while (i < wildcard.size() && wildcard.at(i) != QLatin1Char(']')) {
-        i += wildcard.at(i) == QLatin1Char('\\') ? 2 : 1;
-    }
-    return qMin(i + 1, wildcard.size());
-}
-
-/** Compiling a pattern recurses at each "(", so deeper ones count as broken. */
-const int maximumPatternDepth = 500;
-
-int patternDepth(const QString &pattern)
-{
-    int depth = 0;
-    int maximum = 0;
-    for (int i = 0; i < pattern.size(); ++i) {
-        const QChar c = pattern.at(i);
-        if (c == QLatin1Char('\\')) {
-            ++i;
-        } else if (c == QLatin1Char('(')) {
-            maximum = qMax(maximum, ++depth);
-        } else if (c == QLatin1Char(')')) {
-            depth = qMax(depth - 1, 0);
-        } else if (c == QLatin1Char('[')) {
-            i = endOfBracketExpression(pattern, i) - 1;
-        }
-    }
-    return maximum;
 }
 
 /** What the current map makes of @p name; without a map, what an empty one would. */
@@ -193,9 +158,13 @@ public:
 private:
     void compile(const QString &pattern)
     {
+        const QString problem = patternProblem(pattern);
+        if (!problem.isEmpty()) {
+            Inspector::self()->setError(
+                QStringLiteral("Cannot match the pattern '%1': %2").arg(pattern, problem));
+        }
         // An unterminated group is as invalid as the pattern that cannot be compiled.
-        const bool isTooDeep = patternDepth(pattern) > maximumPatternDepth;
-        m_expression.emplace(isTooDeep ? QStringLiteral("(") : pattern, Qt::CaseSensitive,
+        m_expression.emplace(problem.isEmpty() ? pattern : QStringLiteral("("), Qt::CaseSensitive,
                              QRegExp::RegExp);
     }
 
@@ -208,7 +177,7 @@ PropertyValue::PropertyValue(const QString &text, Modifiers mode, Type type)
     : m_text(text), m_mode(mode), m_type(type),
       m_isPlain(mode == Equals && type == String && !isSymbolic(text))
 {
-    if (mode != Equals) {
+    if (mode == RegExp || mode == Wildcard) {
         m_pattern = std::make_shared<PropertyPattern>();
     }
 }
@@ -434,6 +403,57 @@ bool ObjectName::isOrderedAsCompared() const
     }
     const ObjectName written(qualifiedName());
     return isMultiProperty() == written.isMultiProperty() && m_properties == written.m_properties;
+}
+
+namespace {
+
+/** What would complete @p text, a name that ends too early; empty when nothing simple does. */
+QString missingEnd(const QString &text)
+{
+    const struct
+    {
+        const char *end;
+        const char *missing;
+    } rows[] = {
+        {"", "'}'"},
+        {"'", "a closing quote and '}'"},
+        {"''", "a value and '}'"},
+        {"=''", "an operator, a value and '}'"},
+    };
+    const QString braces(text.count(u'{'), u'}');
+    for (const auto &row : rows) {
+        int index = 0;
+        PropertyCollector ignored;
+        if (parseName(text + QLatin1String(row.end) + braces, &index, nullptr, &ignored)) {
+            return QString::fromLatin1(row.missing);
+        }
+    }
+    return QString();
+}
+
+/** What the parser says of @p text, which begins like a multi-property name. */
+QString mistakeInBraces(const QString &text)
+{
+    QString error;
+    int index = 0;
+    parseNameByProperties(text, &index, &error);
+    if (error.isEmpty()) {
+        return QStringLiteral("Object name '%1' is complete at column %2, but more text follows")
+            .arg(text, QString::number(index + 1));
+    }
+    const QString missing = index == text.size() ? missingEnd(text) : QString();
+    return missing.isEmpty() ? error.trimmed()
+                             : QStringLiteral("%1: %2 missing").arg(error, missing);
+}
+
+} // namespace
+
+QString mistakeIn(const ObjectName &name)
+{
+    const QString text = name.qualifiedName();
+    const QString error = name.errorMessage().trimmed();
+    const bool isCut = text.startsWith(QLatin1Char('{')) && !isMultiPropertyName(text);
+    return error.isEmpty() || !isCut ? error : mistakeInBraces(text);
 }
 
 bool isMultiPropertyName(const QString &text)

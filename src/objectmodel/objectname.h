@@ -45,7 +45,8 @@ public:
      * Whether @p candidate, the value of an object's property as text or the
      * name of an object, meets this condition. Case matters. Regular expressions
      * and wildcards match when they are found anywhere in the candidate; a
-     * broken one never matches. Names of objects are resolved through the
+     * broken one never matches, nor does one whose counts multiply to more than
+     * matching can bear; that becomes the last error. Names of objects are resolved through the
      * current ObjectMap and compared as names.
      */
     bool matches(const QString &candidate) const
@@ -149,6 +150,13 @@ private:
     mutable Order m_order = Order::Unknown;
     bool m_isAsWritten = true;
 };
+
+/**
+ * Why @p name is not valid, on one line and for people: as errorMessage(), but a
+ * multi-property name without its end is told what is missing and where. Empty
+ * when the name is valid.
+ */
+VANTREL_EXPORT QString mistakeIn(const ObjectName &name);
 
 /** True when @p text begins with "{" and ends in "}"; blanks around it count. */
 VANTREL_EXPORT bool isMultiPropertyName(const QString &text);

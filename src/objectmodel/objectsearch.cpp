@@ -1,7 +1,9 @@
 #include "objectmodel/objectsearch.h"
 
 #include "objectmodel/class.h"
+#include "objectmodel/delegates.h"
 #include "objectmodel/inspector.h"
+#include "objectmodel/objectmap.h"
 #include "objectmodel/objectnameparser_p.h"
 #include "objectmodel/objectsearch_p.h"
 #include "objectmodel/primitiveids.h"
@@ -77,6 +79,112 @@ int nearness(const NearMiss &candidate)
     return (candidate.numHeld * base + int(specific)) * base + int(close);
 }
 
+/** Symbolic names can refer to each other in a circle. */
+constexpr int maximumReferences = 32;
+
+/** What a nested or symbolic name stands for; the empty name for a symbol that is not in the map.
+ */
+ObjectName referredName(const QString &text)
+{
+    if (!text.startsWith(QLatin1Char(':'))) {
+        return ObjectName(text);
+    }
+    const ObjectMap *map = ObjectMap::self();
+    return map ? map->symbolicNames().value(text) : ObjectName();
+}
+
+bool isPrimitive(const SharedPtr<Object> &value)
+{
+    return static_cast<unsigned>(value->type()->id()) < PrimitiveId::Void;
+}
+
+/** Whether a text that is empty is one. */
+bool hasText(const SharedPtr<Object> &value)
+{
+    const auto *delegate = DelegateFactory::self()->find<ConversionDelegate>(value->type());
+    if (delegate && (delegate->capabilities() & ConversionDelegate::StringCapability)) {
+        return true;
+    }
+    const Class *text = Inspector::self()->type(PrimitiveId::Char);
+    return text
+        && value->type()->canConvertToTolerant(text, value->objectAttribute().isPointer(), true,
+                                               nullptr);
+}
+
+/** The key of the value of an enum; null when it has none. */
+QString keyOf(const Property &property, const SharedPtr<Object> &value)
+{
+    const Enum *type = property.argument().enumType();
+    const int number = type ? value->toInteger() : 0;
+    for (int i = 0; type && i < type->count(); ++i) {
+        if (type->value(i) == number) {
+            return type->key(i);
+        }
+    }
+    return QString();
+}
+
+bool holdsForText(const Property &property, const SharedPtr<Object> &value,
+                  const PropertyValue &wanted, QString *actual)
+{
+    const QString text = value->toString();
+    if (text.isEmpty() && !isPrimitive(value) && !hasText(value)) {
+        return false;
+    }
+    const QString key = keyOf(property, value);
+    const QString shown = key.isEmpty() ? text : key;
+    if (actual) {
+        *actual = shown.isNull() ? QLatin1String("") : shown;
+    }
+    return wanted.matches(text) || (!key.isEmpty() && wanted.matches(key));
+}
+
+bool meetsConditions(const SharedPtr<Object> &object, const ObjectName &name, int depth);
+
+/** Whether @p object is the one that @p wanted names, or is as the name says. */
+bool isMeant(const SharedPtr<Object> &object, const PropertyValue &wanted, QString *actual,
+             int depth)
+{
+    if (!object || object->isNull()) {
+        return false;
+    }
+    const QString name = object->qualifiedName();
+    if (actual) {
+        *actual = name.isNull() ? QLatin1String("") : name;
+    }
+    return wanted.matches(name)
+        || (wanted.matchingMode() == PropertyValue::Equals
+            && meetsConditions(object, referredName(wanted.stringValue()), depth + 1));
+}
+
+/** A property without a value meets no condition, not even on an empty text. */
+bool holdsForProperty(const SharedPtr<Object> &object, const QString &name,
+                      const PropertyValue &wanted, QString *actual, int depth)
+{
+    const Property *property = object->type()->property(name);
+    const SharedPtr<Object> value =
+        property && property->isReadable() ? property->get(object) : nullptr;
+    if (!value || value->isNull()) {
+        return false;
+    }
+    const bool isReference = wanted.isObject() || wanted.stringValue().startsWith(QLatin1Char(':'));
+    return isReference && !isPrimitive(value) ? isMeant(value, wanted, actual, depth)
+                                              : holdsForText(*property, value, wanted, actual);
+}
+
+/** An object by itself is the first of those that are like it. */
+bool meetsConditions(const SharedPtr<Object> &object, const ObjectName &name, int depth)
+{
+    if (depth > maximumReferences || !name.isMultiProperty() || name.occurrenceValue() != 1) {
+        return false;
+    }
+    const auto conditions = name.properties();
+    return std::all_of(conditions.keyValueBegin(), conditions.keyValueEnd(), [&](const auto &c) {
+        return c.first == QLatin1String("occurrence")
+            || holdsForProperty(object, c.first, c.second, nullptr, depth);
+    });
+}
+
 QStringList failedProperties(const NearMiss &candidate)
 {
     QStringList names;
@@ -90,18 +198,24 @@ QStringList failedProperties(const NearMiss &candidate)
 
 } // namespace
 
-SearchScope::SearchScope(const QString &name, const QString &error)
-    : m_outer(innermost), m_name(name), m_errorBefore(error)
+SearchScope::SearchScope(const ObjectName &name)
+    : m_outer(innermost), m_name(name), m_hasConditions(isMultiPropertyName(name.qualifiedName())),
+      m_depth(m_outer ? m_outer->m_depth + 1 : 1)
 {
+    if (m_outer) {
+        m_notes = m_outer->m_notes;
+    }
     innermost = this;
 }
 
+/** A script runs on a stack of its own, so the innermost search need not be the first to end. */
 SearchScope::~SearchScope()
 {
-    innermost = m_outer;
-    if (m_outer && usedMatcher) {
-        m_outer->usedMatcher = true;
+    SearchScope **link = &innermost;
+    while (*link != this) {
+        link = &(*link)->m_outer;
     }
+    *link = m_outer;
 }
 
 SearchScope *SearchScope::current()
@@ -109,19 +223,33 @@ SearchScope *SearchScope::current()
     return innermost;
 }
 
-bool SearchScope::isUnderWay(const SearchScope *scope)
+bool SearchScope::isPartOfAnother() const
 {
-    const SearchScope *s = innermost;
-    while (s && s != scope) {
-        s = s->m_outer;
+    const SearchScope *outer = m_outer;
+    while (outer && !outer->m_hasConditions) {
+        outer = outer->m_outer;
     }
-    return s != nullptr;
+    return outer != nullptr;
+}
+
+std::shared_ptr<SearchNotes> SearchScope::startNotes()
+{
+    m_notes = std::make_shared<SearchNotes>();
+    m_notes->name = m_name;
+    return m_notes;
+}
+
+void SearchScope::setUsedMatcher()
+{
+    for (SearchScope *scope = this; scope; scope = scope->m_outer) {
+        scope->m_usedMatcher = true;
+    }
 }
 
 struct ObjectMatcher::Notes
 {
-    SearchScope *scope;
-    QString name;
+    const std::shared_ptr<SearchNotes> search;
+    const ObjectName name;
     /** Best first, at most maximumNearMisses. */
     std::vector<NearMiss> best;
 };
@@ -136,41 +264,41 @@ ObjectMatcher::ObjectMatcher(const ObjectName &name)
         }
     }
     if (SearchScope *scope = SearchScope::current()) {
-        scope->usedMatcher = true;
-        if (scope->explaining) {
-            m_notes = new Notes{scope, name.qualifiedName(), {}};
+        scope->setUsedMatcher();
+        if (scope->notes()) {
+            m_notes.reset(new Notes{scope->notes(), name, {}});
         }
     }
 }
 
 ObjectMatcher::~ObjectMatcher()
 {
-    if (!m_notes) {
-        return;
-    }
-    const std::unique_ptr<Notes> notes(m_notes);
     const bool isFound = m_occurrence > 0 && m_seen >= m_occurrence;
-    if (isFound || !SearchScope::isUnderWay(notes->scope)) {
-        return;
+    if (m_notes && !isFound) {
+        report();
     }
-    QStringList unmatched;
-    if (!notes->best.empty()) {
-        unmatched = failedProperties(notes->best.front());
-    } else {
-        unmatched = failedProperties(unchecked());
-    }
-    if (!unmatched.isEmpty()) {
-        Inspector::self()->setUnmatchedProperties(notes->name, unmatched);
-        notes->scope->reportedNames << notes->name;
-    }
-    if (qualifiedNamesEqual(notes->name, notes->scope->name())) {
-        auto &all = notes->scope->nearMisses;
-        std::move(notes->best.begin(), notes->best.end(), std::back_inserter(all));
+}
+
+void ObjectMatcher::report()
+{
+    const auto &best = m_notes->best;
+    SearchNotes &search = *m_notes->search;
+    QStringList &unmatched = search.unmatched[m_notes->name.qualifiedName()];
+    unmatched << failedProperties(best.empty() ? unchecked() : best.front());
+    unmatched.removeDuplicates();
+    if (m_notes->name == search.name) {
+        auto &all = search.nearMisses;
+        std::copy(best.begin(), best.end(), std::back_inserter(all));
         std::stable_sort(all.begin(), all.end(), [](const NearMiss &a, const NearMiss &b) {
             return nearness(a) > nearness(b);
         });
         all.resize(std::min(all.size(), maximumNearMisses));
     }
+}
+
+bool ObjectMatcher::Condition::holds(const SharedPtr<Object> &object, QString *actual) const
+{
+    return isMeant(object, wanted, actual, 0);
 }
 
 bool ObjectMatcher::offer(const SharedPtr<Object> &object)
@@ -181,17 +309,16 @@ bool ObjectMatcher::offer(const SharedPtr<Object> &object)
     // Held: reading a property may take the caller's handle away.
     const SharedPtr<Object> candidate = object;
     const auto holdsByReflection = [&candidate](const Condition &condition, QString *actual) {
-        const Property *property = candidate->type()->property(condition.name);
-        const SharedPtr<Object> value =
-            property && property->isReadable() ? property->get(candidate) : nullptr;
-        if (!value) {
-            return false;
-        }
-        const bool isPrimitive = static_cast<unsigned>(value->type()->id()) < PrimitiveId::Void;
-        const bool isName = condition.wanted.isObject() && !isPrimitive;
-        return condition.holds(isName ? value->qualifiedName() : value->toString(), actual);
+        return holdsForProperty(candidate, condition.name, condition.wanted, actual, 0);
     };
     return offer(holdsByReflection, [&candidate] { return candidate; });
+}
+
+bool objectMatches(const SharedPtr<Object> &object, const ObjectName &name)
+{
+    const ObjectName real = referredName(name.qualifiedName());
+    return object && !object->isNull()
+        && (ObjectName(object->qualifiedName()) == real || meetsConditions(object, real, 0));
 }
 
 NearMiss ObjectMatcher::unchecked() const

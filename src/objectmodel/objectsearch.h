@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 namespace Vantrel {
@@ -64,6 +65,12 @@ public:
             }
             return wanted.matches(value);
         }
+        /**
+         * The same for a value that is an object, such as a container: it is the
+         * one that the nested or symbolic name stands for, by its qualified name,
+         * or objectMatches() that name. A null handle is no value.
+         */
+        bool holds(const SharedPtr<Object> &object, QString *actual) const;
 
         QString name;
         /** The name in UTF-8, for toolkits that look properties up by it. */
@@ -90,8 +97,10 @@ public:
         return m_notes ? note(check(holds), handle) : accepts(holds);
     }
     /**
-     * The same for an object whose properties are read by reflection. A
-     * condition on a property that is an object is matched with its qualified name.
+     * The same for an object whose properties are read by reflection. Nested and
+     * symbolic names are matched with properties that are objects; the value of
+     * an enum may be given by its key. A property that is not there, cannot be
+     * read, is null or has no text is missing, which is not an empty text.
      */
     bool offer(const SharedPtr<Object> &object);
 
@@ -142,14 +151,23 @@ private:
     void addOccurrence(NearMiss &candidate) const;
     bool isWorthNoting(const NearMiss &candidate);
     void keep(NearMiss candidate);
+    void report();
 
     std::vector<Condition> m_conditions;
     int m_occurrence;
     int m_seen = 0;
     bool m_usable;
     /** Set while a failed search is explained. */
-    Notes *m_notes = nullptr;
+    std::unique_ptr<Notes> m_notes;
 };
+
+/**
+ * Whether @p name, which may be symbolic, is the qualified name of @p object or
+ * the properties of the object, read by reflection, are as the name says. An
+ * object by itself counts as the first occurrence. Nothing is searched, noted or
+ * reported; the names that conditions refer to nest at most 32 levels deep.
+ */
+VANTREL_EXPORT bool objectMatches(const SharedPtr<Object> &object, const ObjectName &name);
 
 } // namespace Vantrel
 

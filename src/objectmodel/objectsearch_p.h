@@ -3,69 +3,61 @@
 
 #include "objectmodel/objectsearch.h"
 
+#include <QMap>
+#include <QStringList>
+
+#include <memory>
+
 namespace Vantrel {
 
+/** What matchers find out while a failed search is made once more to explain it. */
+struct SearchNotes
+{
+    /** The name that was not found. */
+    ObjectName name;
+    /** Candidates for that very name, best first. */
+    std::vector<NearMiss> nearMisses;
+    /** Properties that did not match, by the name of the object. */
+    QMap<QString, QStringList> unmatched;
+};
+
 /**
- * One search that is under way. It tells the matchers made during it whether
- * they have to take notes. Searches nest: a delegate may search for the
- * container of what it looks for.
+ * One search that is under way. Searches nest: a delegate may search for the
+ * container of what it looks for. Only the outermost one that can be explained
+ * is, and the searches in it take their notes then, so that an explanation costs
+ * as much as the search, however deep it nests.
  */
 class SearchScope
 {
 public:
-    /** @p error is the last error before the search. */
-    SearchScope(const QString &name, const QString &error);
+    explicit SearchScope(const ObjectName &name);
     ~SearchScope();
 
     static SearchScope *current();
-    static bool isUnderWay(const SearchScope *scope);
 
-    bool isOutermost() const { return !m_outer; }
-    /**
-     * A search within another one is explained when that one is, and not
-     * before: to do it every time would double the work with each level.
-     */
-    bool isToBeExplained() const
-    {
-        return !m_outer || !m_outer->isExplainable || m_outer->explaining;
-    }
-    const QString &name() const { return m_name; }
-    /** Whether a caller who failed would want to hear of the candidates of this very name. */
-    bool isOfInterest() const { return !m_outer || !isMultiPropertyName(m_outer->m_name); }
+    bool isOutermost() const { return m_depth == 1; }
+    bool isTooDeep() const { return m_depth > maximumDepth; }
+    bool isToBeExplained() const { return m_hasConditions && m_usedMatcher && !isPartOfAnother(); }
+    /** Makes the matchers from now on take notes, into what is returned. */
+    std::shared_ptr<SearchNotes> startNotes();
+    /** Where matchers take notes at present; null when they do not. */
+    const std::shared_ptr<SearchNotes> &notes() const { return m_notes; }
+    void setUsedMatcher();
 
-    /**
-     * What a message about this search says of the last error. A delegate that
-     * searches for the same container with each candidate fails as often, and
-     * the error of the one time is no reason for the next.
-     */
-    QString errorToRepeat(const QString &lastError) const
-    {
-        const bool isRepeated =
-            m_outer && !lastError.isEmpty() && lastError == m_outer->m_nestedError;
-        return isRepeated ? m_outer->m_errorBefore : lastError;
-    }
-    void failed(const QString &error)
-    {
-        if (m_outer) {
-            m_outer->m_nestedError = error;
-        }
-    }
-
-    /** Whether the name has conditions that may be found not to hold. */
-    bool isExplainable = false;
-    bool usedMatcher = false;
-    bool explaining = false;
-    std::vector<NearMiss> nearMisses;
-    /** Names for which unmatched properties were reported. */
-    QStringList reportedNames;
+    /** How many searches may be nested through delegates. */
+    static constexpr int maximumDepth = 256;
 
 private:
     Q_DISABLE_COPY(SearchScope)
-    SearchScope *const m_outer;
-    const QString m_name;
-    const QString m_errorBefore;
-    /** The error of the last search within this one that failed. */
-    QString m_nestedError;
+    /** Whether a search around this one can be explained and covers this one then. */
+    bool isPartOfAnother() const;
+
+    SearchScope *m_outer;
+    const ObjectName m_name;
+    const bool m_hasConditions;
+    const int m_depth;
+    bool m_usedMatcher = false;
+    std::shared_ptr<SearchNotes> m_notes;
 };
 
 } // namespace Vantrel

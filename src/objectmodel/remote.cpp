@@ -150,7 +150,7 @@ RemoteObjectBase &RemoteObjectBase::operator=(RemoteObjectBase &&other) = defaul
 
 RemoteObjectBase::~RemoteObjectBase() = default;
 
-RemoteClassBase::RemoteClassBase(int applicationContextId)
+RemoteClassBase::RemoteClassBase(int applicationContextId, int)
     : m_applicationContextId(applicationContextId)
 {}
 

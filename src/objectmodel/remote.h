@@ -38,7 +38,8 @@ private:
 class VANTREL_EXPORT RemoteClassBase : public Class
 {
 public:
-    explicit RemoteClassBase(int applicationContextId);
+    /** @p remoteId is the id that the class has over there; only who made the class uses it. */
+    explicit RemoteClassBase(int applicationContextId, int remoteId = -1);
     ~RemoteClassBase() override;
 
     int applicationContextId() const { return m_applicationContextId; }

@@ -152,6 +152,9 @@ bool ValueClass::compare(SharedPtr<Object> a, SharedPtr<Object> b) const
 
 Constructor *ValueClass::createConstructor(int index) const
 {
+    if (index < 0 || index >= numConstructors()) {
+        return nullptr;
+    }
     Signature signature(className());
     if (index == m_layout.copyConstructor()) {
         signature.addArgument(Argument(QStringLiteral("other"), this));
@@ -168,6 +171,9 @@ Constructor *ValueClass::createConstructor(int index) const
 Property *ValueClass::createProperty(int propertyId) const
 {
     const int index = propertyId - superClassOffset(PropertyOffset);
+    if (index < 0 || index >= int(m_layout.members.size())) {
+        return nullptr;
+    }
     return new Property(propertyId, this, Argument(Inspector::self()->type(PrimitiveId::Int)),
                         QLatin1String(m_layout.members[std::size_t(index)]),
                         Property::Readable | Property::Writable | Property::Stored);

@@ -57,7 +57,7 @@ PlanRunner *unfinished = nullptr;
 
 QString lastError()
 {
-    const QString error = Inspector::self()->lastError();
+    const QString error = Inspector::self()->lastError().trimmed();
     return error.isEmpty() ? QStringLiteral("no reason was given") : error;
 }
 

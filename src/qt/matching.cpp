@@ -226,7 +226,7 @@ void Matcher::compileNested(Condition &condition, int depth)
     if (depth >= maximumDepth) {
         fail(QStringLiteral("refers to itself, or names are nested too deeply"));
     } else if (!name->isValid()) {
-        fail(QStringLiteral("is invalid: %1").arg(name->errorMessage()));
+        fail(QStringLiteral("is invalid: %1").arg(mistakeIn(*name)));
     } else if (name->occurrenceValue() < 1) {
         fail(QStringLiteral("has an occurrence that is no number above 0"));
     } else if (!name->isMultiProperty()) {

@@ -194,6 +194,13 @@ SharedPtr<Object> NativeValue::toObject(const Type &type, QString *error) const
     return Inspector::self()->createPrimitive(int(m_number));
 }
 
+/** Null for what was counted late, before there was a table to keep it in. */
+template <class Table>
+const typename Table::value_type *entry(const Table &table, int ownIndex)
+{
+    return ownIndex >= 0 && ownIndex < int(table.size()) ? &table[std::size_t(ownIndex)] : nullptr;
+}
+
 } // namespace
 
 QtClass::QtClass(const char *name, const QMetaObject *metaObject, const QtClass *superClass)
@@ -359,37 +366,49 @@ Signature QtClass::signatureOf(const QString &name, const std::vector<Type> &typ
 
 Method *QtClass::createMethod(int methodId) const
 {
-    const OwnMethod &own = m_methods[std::size_t(methodId - superClassOffset(MethodOffset))];
-    auto *method = new Method(methodId, this, own.result.argument(QString()),
-                              signatureOf(own.name, own.parameters, own.parameterNames));
-    own.descriptor = method;
+    const OwnMethod *own = entry(m_methods, methodId - superClassOffset(MethodOffset));
+    if (!own) {
+        return nullptr;
+    }
+    auto *method = new Method(methodId, this, own->result.argument(QString()),
+                              signatureOf(own->name, own->parameters, own->parameterNames));
+    own->descriptor = method;
     return method;
 }
 
 Property *QtClass::createProperty(int propertyId) const
 {
     m_propertyOffset = superClassOffset(PropertyOffset); // final once there are descriptors
-    const OwnProperty &own = m_properties[std::size_t(propertyId - m_propertyOffset)];
+    const OwnProperty *own = entry(m_properties, propertyId - m_propertyOffset);
+    if (!own) {
+        return nullptr;
+    }
     auto *property =
-        new Property(propertyId, this, own.type.argument(QString()), own.name, own.flags);
-    own.descriptor = property;
+        new Property(propertyId, this, own->type.argument(QString()), own->name, own->flags);
+    own->descriptor = property;
     return property;
 }
 
 Event *QtClass::createEvent(int eventId) const
 {
-    const OwnEvent &own = m_events[std::size_t(eventId - superClassOffset(EventOffset))];
+    const OwnEvent *own = entry(m_events, eventId - superClassOffset(EventOffset));
+    if (!own) {
+        return nullptr;
+    }
     auto *event =
-        new Event(eventId, this, signatureOf(own.name, own.parameters, own.parameterNames));
-    own.descriptor = event;
+        new Event(eventId, this, signatureOf(own->name, own->parameters, own->parameterNames));
+    own->descriptor = event;
     return event;
 }
 
 Enum *QtClass::createEnum(int enumId) const
 {
-    const OwnEnum &own = m_enums[std::size_t(enumId - superClassOffset(EnumOffset))];
-    auto *result = new Enum(enumId, this, own.name, own.items.data());
-    result->setIsMask(own.isMask);
+    const OwnEnum *own = entry(m_enums, enumId - superClassOffset(EnumOffset));
+    if (!own) {
+        return nullptr;
+    }
+    auto *result = new Enum(enumId, this, own->name, own->items.data());
+    result->setIsMask(own->isMask);
     return result;
 }
 

@@ -61,7 +61,7 @@ QString searchError()
     for (std::size_t i = 0; i < std::min(misses.size(), maxNearMisses); ++i) {
         text += nearMissText(misses[i]);
     }
-    return Inspector::self()->lastError() + text;
+    return Inspector::self()->lastError().trimmed() + text;
 }
 
 /** A search that is repeated until it succeeds. */
