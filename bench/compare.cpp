@@ -182,10 +182,8 @@ std::vector<Row> rows()
              knownOfQt.invoke(&counter, Q_RETURN_ARG(int, result), Q_ARG(int, 3), Q_ARG(int, 2));
              use(result);
          })},
-        {"by name, arguments ready / QMetaObject::invokeMethod", 0.5, 0.25, repeated([] {
-             use(object->type()->methods(add).invoke(object, arguments));
-         }),
-         byNameOfQt},
+        {"by name, arguments ready / QMetaObject::invokeMethod", 0.5, 0.25,
+         repeated([] { use(object->type()->methods(add).invoke(object, arguments)); }), byNameOfQt},
         {"by name, fresh arguments / QMetaObject::invokeMethod", 1.0, 0.5, repeated([] {
              use(object->type()->methods(add).invoke(object, ObjectList{wrap(3), wrap(2)}));
          }),

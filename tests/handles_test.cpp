@@ -3,6 +3,8 @@
 #include "testclass.h"
 
 #include "objectmodel/classbuilder.h"
+#include "objectmodel/containerclasses.h"
+#include "objectmodel/containers.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/wrap.h"
 
@@ -47,12 +49,18 @@ struct Thing : Base
     const Thing &larger(const Thing &other) { return number < other.number ? other : *this; }
     Part *partOf(Thing &other) { return &other.part; }
     Thing &noting(const Thing &) { return *this; }
+    int *greater(int *a, int *b) { return *a < *b ? b : a; }
+    std::vector<Part *> parts() { return {&part}; }
+    Thing *first(std::vector<Thing *> things) { return things.front(); }
+    Thing *made() { return new Thing(99); }
     Part part;
     std::vector<char> rest = std::vector<char>(64);
 };
 
 struct Classes
 {
+    Classes() {}
+    const bool hasContainers = (registerContainerClasses(), true);
     const Class *part = ClassBuilder<Part>("HandlesPart").property("number", &Part::number).add();
     const Class *base = ClassBuilder<Base>("HandlesBase").property("number", &Base::number).add();
     const Class *thing = ClassBuilder<Thing>("HandlesThing")
@@ -62,6 +70,10 @@ struct Classes
                              .method("larger", &Thing::larger, {"other"})
                              .method("partOf", &Thing::partOf, {"other"})
                              .method("noting", &Thing::noting, {"other"})
+                             .method("greater", &Thing::greater, {"a", "b"})
+                             .method("parts", &Thing::parts)
+                             .method("first", &Thing::first, {"things"})
+                             .method("made", &Thing::made)
                              .add();
     const Class *other = new TestClass("HandlesOther");
 };
@@ -200,12 +212,63 @@ TEST(Handles, KeepWhatAResultByReferenceLooksInto)
     const SharedPtr<Object> ofArgument = call(newThing(2), "partOf", {newThing(8)});
     EXPECT_EQ(8, get(ofArgument, "number")->toInteger());
     EXPECT_EQ(std::vector<int>{1}, taken(&ended)) << "the result is known to be the argument";
+    EXPECT_EQ(9, call(newThing(1), "greater", {wrap(5), wrap(9)})->toInteger());
+    const SharedPtr<Object> list = call(newThing(4), "parts", {});
+    EXPECT_EQ(4, get(ArrayClass::unwrapObject(list).at(0), "number")->toInteger());
+    const SharedPtr<Object> item =
+        call(newThing(1), "first", {ArrayClass::wrapObject({newThing(6)})});
+    EXPECT_EQ(6, get(item, "number")->toInteger());
+    ended.clear();
     SharedPtr<Object> self = newThing(3);
     for (int i = 0; i < 10; ++i) {
         self = call(self, "noting", {wrap(20 + i)});
     }
     EXPECT_EQ(10u, taken(&ended).size()) << "a result that is the object keeps no arguments";
     EXPECT_EQ(3, get(self, "number")->toInteger());
+}
+
+TEST(Handles, OwnResultsApartFromWhatTheseCameFrom)
+{
+    ended.clear();
+    SharedPtr<Object> made = call(newThing(1), "made", {});
+    made->setAutoDelete(true);
+    SharedPtr<Object> part = get(made, "part");
+    made->castTo(classes().base);
+    made.reset();
+    EXPECT_EQ(99, get(part, "number")->toInteger());
+    part.reset();
+    EXPECT_EQ((std::vector<int>{99, 1}), taken(&ended));
+
+    made = classes().base->wrap(new Thing(3), ObjectAttribute());
+    made->castTo(classes().thing);
+    made->setAutoDelete(true);
+    made.reset();
+    EXPECT_EQ(std::vector<int>{3}, taken(&ended)) << "as the most derived that it is known to be";
+}
+
+TEST(Handles, LetTheirClassUseThemWhileItFreesTheirData)
+{
+    auto &c = *new TestClass("HandlesFreeing", primitive(PrimitiveId::Int));
+    int deletions = 0;
+    SharedPtr<Object> handle = wrap(1);
+    handle->castTo(&c);
+    SharedPtr<Object> kept;
+    c.onDelete = [&](void *data) {
+        ++deletions;
+        if (handle) {
+            kept = handle->reference();
+        }
+        delete static_cast<int *>(data);
+    };
+    handle->put(new int(2));
+    kept.reset();
+    const SharedPtr<Object> view = handle->reference();
+    handle.reset();
+    EXPECT_EQ(2, nativeOf<int>(view));
+    EXPECT_EQ(1, deletions);
+    view->put(nullptr);
+    EXPECT_EQ(2, deletions);
+    c.onDelete = nullptr;
 }
 
 TEST(Handles, AreLeftAloneWhenWrapGivesThemAgain)
@@ -472,6 +535,7 @@ private:
         handle.object->castTo(classes().thing); // of which the new data is
         auto *thing = new Thing(m_next++);
         handle.object->put(thing);
+        handle.object->setAutoDelete(true); // nobody else would free it
         handle.life = std::make_shared<Life>(thing);
     }
     void invalidate(Handle &handle)
@@ -479,8 +543,8 @@ private:
         if (!isLast(handle)) {
             return;
         }
-        if (handle.life.use_count() == 1 && handle.isWhole) {
-            handle.life->isOwned = false; // it is gone for the last one that saw it
+        if (handle.isWhole) {
+            handle.life->isOwned = false; // it is gone for all who see it
         }
         handle.object->invalidate();
         handle = Handle();

@@ -544,22 +544,22 @@ TEST_F(PropertyAccess, GoesThroughTheAccessorsOfDelegateProperties)
               }));
     EXPECT_EQ("one", text) << "a list is no text";
     const auto error = [] { return inspector()->lastError().section(' ', 1).toStdString(); };
-    EXPECT_EQ("set property VtSubProperties::text: char * [] cannot convert to char *", error());
+    EXPECT_EQ("set property VtProperties::text: char * [] cannot convert to char *", error());
 
     for (const std::string name : {"locked", "readOnly"}) {
         EXPECT_EQ("Object::setProperty: property " + name + " is not writable\n",
                   diagnosticsOf([&] { EXPECT_FALSE(property(name.c_str())->set(o, primitiveOf(1.0))); }));
-        EXPECT_EQ("write property VtSubProperties::" + name + ": it is read-only", error());
+        EXPECT_EQ("write property VtProperties::" + name + ": it is read-only", error());
     }
     for (const std::string name : {"secret", "writeOnly"}) {
         EXPECT_EQ("Class::getProperty: property " + name + " is not readable\n",
                   diagnosticsOf([&] { EXPECT_TRUE(property(name.c_str())->get(o).isNull()); }));
-        EXPECT_EQ("read property VtSubProperties::" + name + ": it is write-only", error());
+        EXPECT_EQ("read property VtProperties::" + name + ": it is write-only", error());
     }
     EXPECT_EQ("", diagnosticsOf([&] {
                   property("viaFunction")->set(o, primitive(PrimitiveId::Int)->createNull());
               }));
-    EXPECT_EQ("set property VtSubProperties::viaFunction: null object given, double expected", error());
+    EXPECT_EQ("set property VtProperties::viaFunction: null object given, double expected", error());
     EXPECT_TRUE(log.isEmpty());
     EXPECT_EQ("Object::setProperty: type VtSubProperties cannot be converted to double\n",
               diagnosticsOf([&] { EXPECT_FALSE(property("viaFunction")->set(o, o)); }));

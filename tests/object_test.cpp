@@ -274,6 +274,12 @@ TEST(Object, AsksItsHierarchyDelegate)
     const SharedPtr<Object> fresh(new Object(&value, &c, ObjectAttribute()));
     EXPECT_EQ(0, fresh->numChildren());
     delegate->items.clear();
+    const SharedPtr<Object> outliving(new Object(&value, &c, ObjectAttribute()));
+    {
+        TwoLevels brief("OtTree");
+        EXPECT_EQ("named", outliving->name());
+    }
+    EXPECT_EQ("named", outliving->name()) << "by that of the super class";
 }
 
 TEST(Object, FallsBackToTheDelegateOfQObject)

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -405,18 +407,6 @@ bool isText(const Handle &object)
     return object->type() == classNamed("char") && (attribute.isPointer() || attribute.isArray());
 }
 
-/** Data of no zero bytes, from the stream, which makes allocations of the exact size. */
-Handle filled(const char *name, const ObjectAttribute &attribute)
-{
-    Handle object = null(name, attribute);
-    const QByteArray bytes = isText(object)
-        ? QByteArray::fromHex("00000004616263").append('\0').repeated(3)
-        : QByteArray(64, 'A');
-    EXPECT_EQ(QDataStream::Ok, read(object, bytes));
-    EXPECT_FALSE(object->isNull());
-    return object;
-}
-
 /** The bytes of a value; none of a list of texts. */
 QByteArray bytesOf(const Handle &object)
 {
@@ -431,6 +421,24 @@ QByteArray bytesOf(const Handle &object)
     }
     const int count = attribute.isArray() ? attribute.arrayLength() : 1;
     return QByteArray(static_cast<const char *>(data), count * sizes[object->type()->id()]);
+}
+
+/** Data of no zero bytes, from the stream, which makes allocations of the exact size. */
+Handle filled(const char *name, const ObjectAttribute &attribute)
+{
+    Handle object = null(name, attribute);
+    const QByteArray bytes = isText(object)
+        ? QByteArray::fromHex("00000004616263").append('\0').repeated(3)
+        : QByteArray(64, 'A');
+    EXPECT_EQ(QDataStream::Ok, read(object, bytes));
+    EXPECT_FALSE(object->isNull());
+    if (!isText(object)) {
+        void *data = nullptr;
+        object->get(&data); // of an array the stream gives the first number only
+        std::memset(data, object->type() == classNamed("bool") ? 1 : 'A',
+                    std::size_t(bytesOf(object).size()));
+    }
+    return object;
 }
 
 void expectReinterpreted(const Handle &object, const QByteArray &before)

@@ -164,7 +164,6 @@ TEST(Unwrap, TellsWhyThereIsNoValue)
         {"a null text for a type without null", failure(std::string(), wrap(none)), "null"},
         {"a converted text would be gone", failure(none, wrap(7)), "would not last"},
         {"a list is no text", failure(none, wrap(QStringList{QString()})), "cannot convert"},
-        {"a text is no list", failure(QStringList(), wrap("a")), "cannot convert"},
         {"an invalidated object", failure(0, Object::zombie()), "Cannot unwrap int from Dead"},
     };
     for (const auto &[what, error, reason] : rows) {

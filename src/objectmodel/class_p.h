@@ -2,6 +2,7 @@
 #define VANTREL_CLASS_P_H
 
 #include "objectmodel/class.h"
+#include "objectmodel/objectdelegates_p.h"
 
 #include <QMap>
 #include <QVector>
@@ -11,7 +12,6 @@
 namespace Vantrel {
 
 class CastDelegate;
-struct ObjectDelegates;
 class StaticPropertyDelegate;
 
 /** What a Class knows. Tables are empty until they are first asked for. */
@@ -69,7 +69,7 @@ public:
     void (*deleteNative)(void *data) = nullptr;
     const std::type_info *nativeType = nullptr;
     /** What ObjectDelegates found when the number of changes was the one beside it. */
-    const ObjectDelegates *objectDelegates = nullptr;
+    SharedPtr<ObjectDelegates> objectDelegates;
     quint32 delegatesFoundAt = 0;
 
     ClassPrivate() : propertyDelegateLooked(false), castDelegateLooked(false) {}

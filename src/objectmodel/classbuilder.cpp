@@ -39,6 +39,7 @@ struct BuiltMethod
 {
     Call call;
     Argument result;
+    bool givesContainer = false;
     Signature signature;
     int flags = Method::NoFlags;
     QString deprecation;
@@ -57,6 +58,7 @@ struct BuiltProperty
     std::unique_ptr<Function> getter;
     std::unique_ptr<Function> setter;
     bool isList;
+    bool isContainer;
 };
 
 struct BuiltEvent
@@ -188,6 +190,8 @@ private:
                          const ObjectList &arguments) const;
     bool reportNoObject(const QString &name) const;
     bool reportReadOnly(const QString &name) const;
+    static void share(const BuiltMethod &method, const SharedPtr<Object> &result,
+                      const SharedPtr<Object> &object, const ObjectList &arguments);
     SharedPtr<Object> reportForeign(const QString &kind, const QString &description) const;
 };
 
@@ -287,6 +291,15 @@ bool BuiltClass::reportReadOnly(const QString &name) const
     return false;
 }
 
+/** Makes a result that refers to something keep what that may belong to. */
+void BuiltClass::share(const BuiltMethod &method, const SharedPtr<Object> &result,
+                       const SharedPtr<Object> &object, const ObjectList &arguments)
+{
+    ObjectAccess::shareResult(result, method.flags & Method::Static ? nullptr : object.get(),
+                              method.signature, arguments, ObjectAccess::isReferredTo,
+                              method.givesContainer);
+}
+
 SharedPtr<Object> BuiltClass::invoke(int methodId, SharedPtr<Object> object,
                                      const ObjectList &arguments, const Method *method)
 {
@@ -303,7 +316,7 @@ SharedPtr<Object> BuiltClass::invoke(int methodId, SharedPtr<Object> object,
             SharedPtr<Object> result = guarded(method->name(), [&] {
                 return built->call.function->call(data, native, built->result.type());
             });
-            ObjectAccess::share(result, object, built->signature, arguments);
+            share(*built, result, object, arguments);
             return result;
         }
     }
@@ -323,7 +336,7 @@ SharedPtr<Object> BuiltClass::invoke(int methodId, SharedPtr<Object> object,
     }
     SharedPtr<Object> result =
         call(built->call, method->name(), data, native.data(), method->type());
-    ObjectAccess::share(result, object, built->signature, arguments);
+    share(*built, result, object, arguments);
     return result;
 }
 
@@ -414,7 +427,10 @@ SharedPtr<Object> BuiltClass::getProperty(int propertyId, SharedPtr<Object> obje
         object->get(&data);
         SharedPtr<Object> value = guarded(
             built->name, [&] { return built->getter->call(data, nullptr, built->type.type()); });
-        ObjectAccess::share(value, object);
+        if (built->isContainer || ObjectAccess::isView(value)) {
+            ObjectAccess::shareResult(value, object.get(), Signature(), ObjectList(),
+                                      ObjectAccess::isReferredTo, built->isContainer);
+        }
         return value;
     }
     return ClassPrivate::getProperty(this, propertyId, object, property);
@@ -467,7 +483,7 @@ Constructor *BuiltClass::createConstructor(int index) const
 
 Method *BuiltClass::createMethod(int methodId) const
 {
-    const BuiltMethod *built = own(methods, methodId, MethodOffset);
+    const BuiltMethod *built = find(methods, methodId, MethodOffset);
     if (!built) {
         return nullptr;
     }
@@ -478,7 +494,7 @@ Method *BuiltClass::createMethod(int methodId) const
 
 Property *BuiltClass::createProperty(int propertyId) const
 {
-    const BuiltProperty *built = own(properties, propertyId, PropertyOffset);
+    const BuiltProperty *built = find(properties, propertyId, PropertyOffset);
     if (!built) {
         return nullptr;
     }
@@ -489,13 +505,13 @@ Property *BuiltClass::createProperty(int propertyId) const
 
 Event *BuiltClass::createEvent(int eventId) const
 {
-    const BuiltEvent *built = own(events, eventId, EventOffset);
+    const BuiltEvent *built = find(events, eventId, EventOffset);
     return built ? new Event(eventId, this, built->signature, built->flags) : nullptr;
 }
 
 Enum *BuiltClass::createEnum(int enumId) const
 {
-    const auto *built = own(enums, enumId, EnumOffset);
+    const auto *built = find(enums, enumId, EnumOffset);
     return built ? (*built)->descriptor : nullptr;
 }
 
@@ -536,6 +552,11 @@ struct PendingEvent
     std::vector<std::pair<QString, Type>> arguments;
     Event::Flag flags;
 };
+
+bool isContainer(const Type &type)
+{
+    return type.kind == Kind::Array || type.kind == Kind::Map;
+}
 
 template <class Table, class Name>
 bool contains(const Table &table, Name name, const QString &wanted)
@@ -616,6 +637,8 @@ bool ClassDeclarationPrivate::isPossible()
         refuse(QString(), QStringLiteral("already added"));
     } else if (built->className().isEmpty()) {
         refuse(QString(), QStringLiteral("a class needs a name"));
+    } else if (!built->nameSpace()) {
+        refuse(QString(), QStringLiteral("there is no namespace to register it in"));
     } else if (built->nameSpace()->getClass(built->className())) {
         refuse(QString(), QStringLiteral("there is a class of that name already"));
     }
@@ -720,6 +743,7 @@ void ClassDeclarationPrivate::addMethod(PendingMethod &pending)
     BuiltMethod method;
     QString error;
     method.result = resolved(QString(), pending.result, &error);
+    method.givesContainer = isContainer(pending.result);
     method.flags = pending.flags;
     method.deprecation = pending.deprecation;
     if (!error.isEmpty()) {
@@ -741,7 +765,8 @@ void ClassDeclarationPrivate::addProperty(PendingProperty &pending)
     } else if (canHave("a property", pending.name,
                        contains(built->properties, name, pending.name))) {
         built->properties.push_back({pending.name, type, std::move(pending.getter),
-                                     std::move(pending.setter), pending.type.isTextList()});
+                                     std::move(pending.setter), pending.type.isTextList(),
+                                     isContainer(pending.type)});
     }
 }
 

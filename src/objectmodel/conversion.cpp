@@ -43,6 +43,7 @@ SharedPtr<Object> adorned(const SharedPtr<Object> &view, const SharedPtr<Object>
 {
     if (view && ObjectAccess::isNew(view)) {
         if (const UserData *userData = object->userData()) {
+            delete view->userData();
             view->setUserData(userData->clone());
         }
         ObjectAccess::share(view, object);
@@ -208,6 +209,11 @@ SharedPtr<Object> Class::convertTo(SharedPtr<Object> object, const Class *target
     }
     const bool sourceIsPointer = object->objectAttribute().isPointer();
     d->setupCastDelegate(this);
+    // Whatever refers to the data of the object has to keep it.
+    const auto shared = [&object](SharedPtr<Object> view) {
+        ObjectAccess::share(view, object);
+        return view;
+    };
     // What a delegate promised and does not give, another source may still give.
     SharedPtr<Object> converted;
     if (d->castDelegate
@@ -221,13 +227,13 @@ SharedPtr<Object> Class::convertTo(SharedPtr<Object> object, const Class *target
         converted = targetDelegate->convertFrom(object, target, targetIsPointer);
     }
     if (converted) {
-        return converted;
+        return shared(std::move(converted));
     }
     if (canCastTo(target, targetIsPointer)) {
-        return castTo(object, target, targetIsPointer);
+        return shared(castTo(object, target, targetIsPointer));
     }
     if (canConvertToInternal(target, sourceIsPointer, targetIsPointer)) {
-        return convertToInternal(object, target, targetIsPointer);
+        return shared(convertToInternal(object, target, targetIsPointer));
     }
     if (!targetIsPointer) {
         if (const Constructor *found = convertingConstructor(target, this, sourceIsPointer)) {

@@ -6,12 +6,18 @@
 
 namespace Vantrel {
 
-DataHolder::DataHolder(void *data, const Class *c)
-    : m_data(data), m_madeAs(ClassPrivate::get(c)->deleteNative ? c : nullptr)
-{}
+DataHolder::DataHolder(void *data, const Class *c, const ObjectAttribute &attribute,
+                       const SharedPtr<DataHolder> &kept)
+    : m_data(data), m_attribute(attribute)
+{
+    setMadeAs(c);
+    if (kept) {
+        m_kept.push_back(kept);
+    }
+}
 
-DataHolder::DataHolder(SharedPtr<DataHolder> first, SharedPtr<DataHolder> second)
-    : m_data(nullptr), m_madeAs(nullptr), m_kept{std::move(first), std::move(second)}
+DataHolder::DataHolder(const SharedPtr<DataHolder> &first, const SharedPtr<DataHolder> &second)
+    : m_data(nullptr), m_kept{first, second}
 {}
 
 DataHolder::~DataHolder()
@@ -30,10 +36,29 @@ DataHolder::~DataHolder()
     }
 }
 
-void DataHolder::takeOver(const Class *c, const ObjectAttribute &attribute)
+bool DataHolder::keeps(const DataHolder *other) const
 {
-    m_freedBy = m_madeAs ? m_madeAs : c;
-    m_attribute = attribute;
+    constexpr int longChain = 8;
+    const DataHolder *holder = this;
+    for (int i = 0; holder && i < longChain; ++i) {
+        if (holder == other) {
+            return true;
+        }
+        for (const SharedPtr<DataHolder> &kept : holder->m_kept) {
+            if (kept.get() == other) {
+                return true;
+            }
+        }
+        holder = holder->m_kept.empty() ? nullptr : holder->m_kept.front().get();
+    }
+    return false;
+}
+
+void DataHolder::setMadeAs(const Class *c)
+{
+    if (ClassPrivate::get(c)->deleteNative) {
+        m_madeAs = c;
+    }
 }
 
 } // namespace Vantrel

@@ -19,27 +19,35 @@ namespace Vantrel {
 class DataHolder final : public Shared
 {
 public:
-    /** @p c is the class of the handle that has @p data. */
-    DataHolder(void *data, const Class *c);
+    /**
+     * @p c and @p attribute are those of the handle that has @p data. @p kept
+     * (may be null) is what that handle looks into.
+     */
+    DataHolder(void *data, const Class *c, const ObjectAttribute &attribute,
+               const SharedPtr<DataHolder> &kept);
     /** Of no data of its own: keeps both, for what looks into either. */
-    DataHolder(SharedPtr<DataHolder> first, SharedPtr<DataHolder> second);
+    DataHolder(const SharedPtr<DataHolder> &first, const SharedPtr<DataHolder> &second);
     ~DataHolder() override;
 
     void *data() const { return m_data; }
+    /** Whether @p other lives as long as this one; a long chain is not looked through. */
+    bool keeps(const DataHolder *other) const;
+    /** A handle with the data was retyped to @p c: the data is one of it, if it knows its type. */
+    void setMadeAs(const Class *c);
     /**
      * From now on the data is freed with this holder: as what it was made as,
      * where a class knows that, else by @p c.
      */
-    void takeOver(const Class *c, const ObjectAttribute &attribute);
+    void takeOver(const Class *c) { m_freedBy = m_madeAs ? m_madeAs : c; }
     /** The data is gone already. */
     void disown() { m_freedBy = nullptr; }
 
 private:
     void *const m_data;
+    const ObjectAttribute m_attribute;
     /** Knows the native type of the data; may be null. */
-    const Class *const m_madeAs;
+    const Class *m_madeAs = nullptr;
     const Class *m_freedBy = nullptr;
-    ObjectAttribute m_attribute;
     std::vector<SharedPtr<DataHolder>> m_kept;
 };
 

@@ -300,6 +300,7 @@ void EventHandlerRegistry::drop(Object *object, bool isInvalidated)
     }
     if (ObjectAccess::isNew(standIn)) {
         ObjectAccess::setIndex(standIn.get(), index);
+        ObjectAccess::share(standIn, object);
     }
     for (const auto &[event, delegate] : connections) {
         disconnect(delegate, standIn, event);

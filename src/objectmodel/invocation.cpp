@@ -116,8 +116,8 @@ SharedPtr<Object> reportUnreadable(const Property *property)
 SharedPtr<Object> reportNoProperty(int propertyId, const Property *property)
 {
     printDiagnostic("Class::getProperty: No such property: %d\n", propertyId);
-    setError(QStringLiteral("Cannot read property %1: it has no declaration")
-                 .arg(fullName(property)));
+    setError(
+        QStringLiteral("Cannot read property %1: it has no declaration").arg(fullName(property)));
     return {};
 }
 
@@ -163,7 +163,9 @@ SharedPtr<Object> readDelegateProperty(int propertyId, const SharedPtr<Object> &
         return read->invoke(object, ObjectList());
     }
     SharedPtr<Object> value = declaration->readFunction()(object);
-    ObjectAccess::share(value, object);
+    if (ObjectAccess::isReference(property->argument())) {
+        ObjectAccess::share(value, object);
+    }
     return value;
 }
 
@@ -358,7 +360,10 @@ SharedPtr<Object> Class::invoke(int, SharedPtr<Object> object, const ObjectList 
     }
     NativeArguments native(arguments);
     SharedPtr<Object> result = invoke(object, method, native.data());
-    ObjectAccess::share(result, object, method->signature(), arguments);
+    if (ObjectAccess::isReference(method->returnType())) {
+        ObjectAccess::shareResult(result, method->isStatic() ? nullptr : object.get(),
+                                  method->signature(), arguments, ObjectAccess::isAlwaysReferredTo);
+    }
     return result;
 }
 
@@ -373,7 +378,9 @@ SharedPtr<Object> Class::invoke(SharedPtr<Object> object, const Method *method, 
     }
     SharedPtr<Object> result =
         invoke(method->id(), dataOf(object, this), arguments, method->type());
-    ObjectAccess::share(result, object);
+    if (!method->isStatic() && ObjectAccess::isReference(method->returnType())) {
+        ObjectAccess::share(result, object);
+    }
     return result;
 }
 
@@ -436,7 +443,10 @@ SharedPtr<Object> Class::construct(int index, const ObjectList &arguments,
         return {};
     }
     NativeArguments native(arguments);
-    return construct(index, native.data());
+    SharedPtr<Object> object = construct(index, native.data());
+    ObjectAccess::shareResult(object, nullptr, constructor->signature(), arguments,
+                              ObjectAccess::isAlwaysReferredTo);
+    return object;
 }
 
 SharedPtr<Object> Class::construct(int, void **)
@@ -504,7 +514,9 @@ SharedPtr<Object> Class::getProperty(SharedPtr<Object> object, const Property *p
         return {};
     }
     SharedPtr<Object> value = getProperty(property->id(), dataOf(object, this), property->type());
-    ObjectAccess::share(value, object);
+    if (!property->isStatic() && ObjectAccess::isReference(property->argument())) {
+        ObjectAccess::share(value, object);
+    }
     return value;
 }
 

@@ -152,11 +152,7 @@ const Class *NativeTypes::resolvedClass(const Type &type)
 
 SharedPtr<Object> NativeTypes::owned(const Class *type, void *data)
 {
-    SharedPtr<Object> object = type->wrap(data, ObjectAttribute());
-    if (object) {
-        object->setAutoDelete(true);
-    }
-    return object;
+    return ObjectAccess::owned(type, data, ObjectAttribute());
 }
 
 namespace {
@@ -260,7 +256,8 @@ std::vector<char *> terminatedTexts(const SharedPtr<Object> &list)
 
 namespace {
 
-/** The value that the conversion delegate of the object gives, if it has one for that type; else null. */
+/** The value that the conversion delegate of the object gives, if it has one for that type; else
+ * null. */
 SharedPtr<Object> valueByDelegate(const SharedPtr<Object> &object, int primitiveId)
 {
     const auto converts = [&](int capability) {
@@ -270,13 +267,15 @@ SharedPtr<Object> valueByDelegate(const SharedPtr<Object> &object, int primitive
     case PrimitiveId::Short:
     case PrimitiveId::Int:
     case PrimitiveId::Long:
-        return converts(ConversionDelegate::IntegerCapability) ? wrap(object->toInteger()) : nullptr;
+        return converts(ConversionDelegate::IntegerCapability) ? wrap(object->toInteger())
+                                                               : nullptr;
     case PrimitiveId::Int64:
         return converts(ConversionDelegate::Int64Capability) ? wrap(object->toInt64()) : nullptr;
     case PrimitiveId::Double:
         return converts(ConversionDelegate::DoubleCapability) ? wrap(object->toDouble()) : nullptr;
     case PrimitiveId::Bool:
-        return converts(ConversionDelegate::BooleanCapability) ? wrap(object->toBoolean()) : nullptr;
+        return converts(ConversionDelegate::BooleanCapability) ? wrap(object->toBoolean())
+                                                               : nullptr;
     case PrimitiveId::Char:
         return converts(ConversionDelegate::StringCapability) ? wrap(object->toString()) : nullptr;
     default:

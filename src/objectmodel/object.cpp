@@ -3,6 +3,7 @@
 
 #include "objectmodel/class.h"
 #include "objectmodel/class_p.h"
+#include "objectmodel/containers.h"
 #include "objectmodel/dataholder_p.h"
 #include "objectmodel/delegates.h"
 #include "objectmodel/inspector.h"
@@ -14,7 +15,6 @@
 
 #include <QMutex>
 #include <QMutexLocker>
-#include <QVarLengthArray>
 
 #include <algorithm>
 #include <stdexcept>
@@ -120,6 +120,7 @@ Object &Object::operator=(const Object &other)
     m_arrayLength = other.m_arrayLength;
     m_holder = other.m_holder;
     m_delegates = other.m_delegates;
+    m_askedDelegates = other.m_askedDelegates;
     m_index = other.m_index;
     m_autoDelete = other.m_autoDelete;
     m_invalid = other.m_invalid;
@@ -131,7 +132,7 @@ Object &Object::operator=(const Object &other)
 Object::~Object()
 {
     tellEnd(false);
-    delete m_userData;
+    delete std::exchange(m_userData, nullptr);
     if (m_holder || m_blockSize == 0) {
         letGoOfData(m_class);
     } else if (m_autoDelete) {
@@ -170,17 +171,19 @@ void Object::put(void *data)
 void Object::put(void *data, const Class *former)
 {
     delete std::exchange(m_userData, nullptr);
+    if (data == m_data && !m_autoDelete) {
+        return; // a view goes on keeping what it sees
+    }
     letGoOfData(former);
     m_data = data;
-    m_hasRoom = false;
-    m_blockSize = 0;
 }
 
-/** What keeps the data, for a second handle to share. */
+/** What keeps the data of this handle, for a second one to share. */
 const SharedPtr<DataHolder> &Object::holder()
 {
-    if (!m_holder) {
-        m_holder = SharedPtr<DataHolder>(new DataHolder(m_data, m_class));
+    if (!m_holder || m_holder->data() != m_data) {
+        m_holder =
+            SharedPtr<DataHolder>(new DataHolder(m_data, m_class, objectAttribute(), m_holder));
     }
     return m_holder;
 }
@@ -188,18 +191,16 @@ const SharedPtr<DataHolder> &Object::holder()
 /** Frees the data if it is owned; when other handles see it, that is left to the last of them. */
 void Object::letGoOfData(const Class *freedBy)
 {
-    if (!m_holder) {
-        if (m_autoDelete) {
-            freedBy->deleteObjectData(m_data, objectAttribute());
-        }
-        return;
-    }
+    // The class may use the handle while it frees the data; then there is none any more.
     SharedPtr<DataHolder> former;
     former.swap(m_holder);
-    if (m_autoDelete && former->data() == m_data) {
-        former->takeOver(freedBy, objectAttribute());
+    void *const data = std::exchange(m_data, nullptr);
+    m_hasRoom = false;
+    m_blockSize = 0;
+    if (m_autoDelete && former && former->data() == data) {
+        former->takeOver(freedBy);
     } else if (m_autoDelete) {
-        freedBy->deleteObjectData(m_data, objectAttribute());
+        freedBy->deleteObjectData(data, objectAttribute());
     }
 }
 
@@ -221,7 +222,7 @@ bool Object::isNull() const
 
 void Object::invalidate()
 {
-    if (m_holder && m_holder->referenceCount() == 1 && m_holder->data() == m_data) {
+    if (m_holder && m_holder->data() == m_data) {
         m_holder->disown();
     }
     m_holder.reset();
@@ -274,11 +275,15 @@ SharedPtr<Object> Object::castTo(const Class *target)
             || (isReinterpretable(m_class) && isReinterpretable(target)));
     if (isPossible) {
         // Classes with native types need not have virtual destructors: the holder remembers
-        // what the data was made as.
-        if (m_data && ClassPrivate::get(m_class)->deleteNative) {
+        // what the data was made as, the most derived of what it is known to be.
+        if (m_data) {
             holder();
         }
+        if (m_data && Class::isSubClass(target, m_class)) {
+            m_holder->setMadeAs(target);
+        }
         m_class = target;
+        m_blockSize = 0;
         clearDelegates();
     }
     return self();
@@ -311,22 +316,44 @@ SharedPtr<Object> Object::dereference()
     return m_data ? viewed(ObjectAttribute::Value()) : SharedPtr<Object>();
 }
 
+/**
+ * A handle keeps to the delegate that it was given first, whatever is registered
+ * later. An absent one is asked for again.
+ */
 template <class D>
 D *Object::delegate(D *ObjectDelegates::*kind) const
 {
-    if (m_delegates && m_delegates->*kind) {
-        return m_delegates->*kind;
+    const unsigned bit = 1u << D::delegateType;
+    D *kept = m_askedDelegates & bit ? (*m_delegates).*kind : nullptr;
+    if (kept) {
+        return kept;
     }
-    // An absent one is asked for again, since it may come later.
-    const ObjectDelegates *now = ObjectDelegates::of(m_class);
-    if (!m_delegates) {
+    const SharedPtr<ObjectDelegates> now = ObjectDelegates::of(m_class);
+    D *found = (*now).*kind;
+    if (found && (m_askedDelegates == 0 || m_delegates == now)) {
         m_delegates = now;
-    } else if (now->*kind) {
-        ObjectDelegates content = *m_delegates;
-        content.*kind = now->*kind;
-        m_delegates = ObjectDelegates::shared(content);
+        m_askedDelegates |= bit;
+    } else if (found) {
+        keepDelegate(kind, found);
     }
-    return now->*kind;
+    return found;
+}
+
+/** For a handle whose delegates are not those that its class has now. */
+template <class D>
+void Object::keepDelegate(D *ObjectDelegates::*kind, D *found) const
+{
+    SharedPtr<ObjectDelegates> own(m_delegates ? new ObjectDelegates(*m_delegates)
+                                               : new ObjectDelegates);
+    (*own).*kind = found;
+    m_delegates = own;
+    m_askedDelegates |= 1u << D::delegateType;
+}
+
+void Object::clearDelegates()
+{
+    m_delegates.reset();
+    m_askedDelegates = 0;
 }
 
 ObjectHierarchyDelegate *Object::setupHierarchyDelegate() const
@@ -337,10 +364,11 @@ ObjectHierarchyDelegate *Object::setupHierarchyDelegate() const
     if (found || !fallback || !fallback->isQObjectBased(className())) {
         return found;
     }
-    ObjectDelegates content = *m_delegates;
-    content.hierarchy = factory->find<ObjectHierarchyDelegate>(QStringLiteral("QObject"));
-    m_delegates = ObjectDelegates::shared(content);
-    return content.hierarchy;
+    found = factory->find<ObjectHierarchyDelegate>(QStringLiteral("QObject"));
+    if (found) {
+        keepDelegate(&ObjectDelegates::hierarchy, found);
+    }
+    return found;
 }
 
 SerializeDelegate *Object::setupSerializeDelegate() const
@@ -563,43 +591,73 @@ void ObjectAccess::tie(Object *view, Object *origin)
     if (view == origin || !origin->m_data) {
         return;
     }
-    const SharedPtr<DataHolder> &added = origin->holder();
+    const bool isWhole = view->m_data == origin->m_data;
+    if (!isWhole && !origin->m_autoDelete && !origin->m_holder) {
+        return; // nothing that anybody would free
+    }
+    const SharedPtr<DataHolder> &added =
+        isWhole || origin->m_autoDelete ? origin->holder() : origin->m_holder;
     if (!view->m_holder) {
         view->m_holder = added;
-    } else if (view->m_holder != added) {
+    } else if (!view->m_holder->keeps(added.get())) {
         view->m_holder = SharedPtr<DataHolder>(new DataHolder(view->m_holder, added));
     }
-    view->m_hasRoom = origin->m_hasRoom && view->m_data == origin->m_data;
+    view->m_hasRoom = origin->m_hasRoom && isWhole;
 }
 
-namespace {
-
-/** Whether a call can give back a reference to what it gets for the argument. */
-bool isReferredTo(const Argument &declared)
+bool ObjectAccess::isReferredTo(const Argument &declared)
 {
-    const bool isIndirect = declared.isReference() || declared.isPointer();
-    // Constant numbers and texts are passed as copies.
-    const bool isCopied = primitiveKind(declared.type()) != PrimitiveKind::None
-        && (declared.isConst1() || declared.isPointer());
-    return isIndirect && !isCopied;
+    const PrimitiveKind kind = primitiveKind(declared.type());
+    if (kind == PrimitiveKind::None) {
+        return true; // be it by value: a list of pointers, for example
+    }
+    const bool isText = kind == PrimitiveKind::Char && declared.isPointer();
+    return !isText && (declared.isPointer() || (declared.isReference() && !declared.isConst1()));
 }
 
-} // namespace
-
-void ObjectAccess::tie(Object *result, Object *object, const Signature &signature,
-                       const ObjectList &arguments)
+void ObjectAccess::tieResult(const SharedPtr<Object> &result, Object *object,
+                             const Signature &signature, const ObjectList &arguments,
+                             bool (*isReferredTo)(const Argument &declared))
 {
-    QVarLengthArray<Object *, 8> origins;
+    Origins origins;
     if (object) {
         origins.append(object);
     }
     auto argument = arguments.begin();
     for (const Argument &declared : signature.arguments()) {
-        if (argument != arguments.end() && *argument && isReferredTo(declared)) {
+        if (argument == arguments.end()) {
+            break;
+        }
+        if (*argument && isReferredTo(declared)) {
             origins.append(argument->get());
         }
-        argument += argument != arguments.end();
+        ++argument;
     }
+    tieEach(result, origins);
+}
+
+void ObjectAccess::tieEach(const SharedPtr<Object> &result, const Origins &origins)
+{
+    if (isView(result)) {
+        tieOne(result.get(), origins);
+    } else if (result && isNew(result) && result->m_data) {
+        // A container is new as a whole: what it holds are views like a result alone.
+        if (result->isA(ArrayClass::registeredClass())) {
+            for (const auto &item :
+                 *static_cast<std::vector<SharedPtr<Object>> *>(result->m_data)) {
+                tieEach(item, origins);
+            }
+        } else if (result->isA(MapClass::registeredClass())) {
+            using Map = std::map<QString, SharedPtr<Object>>;
+            for (const auto &entry : *static_cast<Map *>(result->m_data)) {
+                tieEach(entry.second, origins);
+            }
+        }
+    }
+}
+
+void ObjectAccess::tieOne(Object *result, const Origins &origins)
+{
     // What is one of them needs no other: results that are the object itself, call after call,
     // would keep all the arguments that there ever were.
     const auto same = std::find_if(origins.begin(), origins.end(), [result](const Object *origin) {
@@ -612,6 +670,16 @@ void ObjectAccess::tie(Object *result, Object *object, const Signature &signatur
     for (Object *origin : origins) {
         tie(result, origin);
     }
+}
+
+SharedPtr<Object> ObjectAccess::owned(const Class *c, void *data, const ObjectAttribute &attribute)
+{
+    SharedPtr<Object> object = c->wrap(data, attribute);
+    if (!object || !isNew(object) || object->m_data != data) {
+        return {};
+    }
+    object->setAutoDelete(true);
+    return object;
 }
 
 void ObjectAccess::setClass(Object *object, const Class *c)

@@ -19,7 +19,7 @@ class ComparisonDelegate;
 class ConversionDelegate;
 class DataHolder;
 class ObjectAccess;
-struct ObjectDelegates;
+class ObjectDelegates;
 class ObjectHierarchyDelegate;
 class ObjectList;
 class SerializeDelegate;
@@ -50,7 +50,8 @@ protected:
  * dereference(), conversions to an ancestor or an interface, and results by
  * reference make views, which own nothing but keep alive what they look into.
  * Data that a handle owns is then freed once, when the last of them is gone or
- * has turned to other data.
+ * has turned to other data. Handles that Class::wrap() makes for the same data
+ * know nothing of each other.
  */
 class VANTREL_EXPORT Object : public Shared, public Serializable
 {
@@ -179,7 +180,9 @@ private:
     SerializeDelegate *setupSerializeDelegate() const;
     ConversionDelegate *setupConversionDelegate() const;
     ComparisonDelegate *setupComparisonDelegate() const;
-    void clearDelegates() { m_delegates = nullptr; }
+    template <class D>
+    void keepDelegate(D *ObjectDelegates::*kind, D *found) const;
+    void clearDelegates();
     const SharedPtr<DataHolder> &holder();
     void letGoOfData(const Class *freedBy);
     SharedPtr<Object> viewed(const ObjectAttribute &attribute);
@@ -197,8 +200,8 @@ private:
     qint32 m_arrayLength;
     /** What keeps the data for all handles that see it; null while there is only this one. */
     SharedPtr<DataHolder> m_holder;
-    /** Those of the class when the first was asked for; null before. */
-    mutable const ObjectDelegates *m_delegates = nullptr;
+    /** A delegate in it is that of this handle if its bit, by Delegate::Type, is set below. */
+    mutable SharedPtr<ObjectDelegates> m_delegates;
     mutable quint32 m_index = 0xFFFFFFFFu;
     bool m_autoDelete : 1;
     bool m_invalid : 1;
@@ -206,6 +209,7 @@ private:
     bool m_hasRoom : 1;
     /** The size of the block of the BlockPool that the data is, or 0 when it is none. */
     quint8 m_blockSize = 0;
+    mutable quint8 m_askedDelegates = 0;
 };
 
 /** The arguments of a call, the children of an object: handles in order. */

@@ -3,6 +3,8 @@
 
 #include "objectmodel/object.h"
 
+#include <QVarLengthArray>
+
 namespace Vantrel {
 
 /**
@@ -34,17 +36,43 @@ public:
             tie(view.get(), origin.get());
         }
     }
-    /**
-     * The same for the result of a call on @p object: what it refers to may
-     * belong to the object, or to an argument that the call could refer to.
-     */
-    static void share(const SharedPtr<Object> &result, const SharedPtr<Object> &object,
-                      const Signature &signature, const ObjectList &arguments)
+    static void share(const SharedPtr<Object> &view, Object *origin)
     {
-        if (isView(result)) {
-            tie(result.get(), object.get(), signature, arguments);
+        if (isView(view)) {
+            tie(view.get(), origin);
         }
     }
+    /**
+     * The same for the result of a call on @p object, which is null for static
+     * ones: what it refers to may belong to the object, or to an argument that
+     * the call could refer to, as @p isReferredTo says. Of a new container,
+     * @p isContainer, it holds for the items.
+     */
+    static void shareResult(const SharedPtr<Object> &result, Object *object,
+                            const Signature &signature, const ObjectList &arguments,
+                            bool (*isReferredTo)(const Argument &declared),
+                            bool isContainer = false)
+    {
+        if (isContainer || isView(result)) {
+            tieResult(result, object, signature, arguments, isReferredTo);
+        }
+    }
+    /** Of code that takes copies of numbers and texts unless it declares them otherwise. */
+    static bool isReferredTo(const Argument &declared);
+    /** Of code that gets the data of each argument, whatever it declares. */
+    static bool isAlwaysReferredTo(const Argument &) { return true; }
+    /** Whether what was declared to be @p declared is meant to refer to something. */
+    static bool isReference(const Argument &declared)
+    {
+        return (declared.isReference() || declared.isPointer()) && !declared.takesAnyObject();
+    }
+
+    /**
+     * A new handle of the class @p c that owns @p data. Null when the class
+     * refuses the data or has another handle to give; the data is as it was then.
+     */
+    static SharedPtr<Object> owned(const Class *c, void *data, const ObjectAttribute &attribute);
+
     /** Only for a new handle, whose data the other class can use. */
     static void setClass(Object *object, const Class *c);
     /** For a new handle that takes the place of one that ended. */
@@ -80,9 +108,13 @@ public:
 
 private:
     friend class Object;
+    using Origins = QVarLengthArray<Object *, 8>;
     static void tie(Object *view, Object *origin);
-    static void tie(Object *result, Object *object, const Signature &signature,
-                    const ObjectList &arguments);
+    static void tieResult(const SharedPtr<Object> &result, Object *object,
+                          const Signature &signature, const ObjectList &arguments,
+                          bool (*isReferredTo)(const Argument &declared));
+    static void tieEach(const SharedPtr<Object> &result, const Origins &origins);
+    static void tieOne(Object *result, const Origins &origins);
 };
 
 } // namespace Vantrel

@@ -5,23 +5,17 @@
 
 #include <QtGlobal>
 
-#include <list>
+#include <unordered_set>
 
 namespace Vantrel {
 
 namespace {
 
-/** Never destroyed, since handles may be held until the very end. */
-std::list<ObjectDelegates> &records()
+/** All that are in use. Never destroyed, since handles may be held until the very end. */
+std::unordered_set<ObjectDelegates *> &records()
 {
-    static auto *const all = new std::list<ObjectDelegates>;
+    static auto *const all = new std::unordered_set<ObjectDelegates *>;
     return *all;
-}
-
-bool operator==(const ObjectDelegates &a, const ObjectDelegates &b)
-{
-    return a.hierarchy == b.hierarchy && a.serialize == b.serialize && a.conversion == b.conversion
-        && a.comparison == b.comparison;
 }
 
 quint32 numChanges = 0;
@@ -46,28 +40,42 @@ void clear(D *&slot, const Delegate *ended)
 
 } // namespace
 
-const ObjectDelegates *ObjectDelegates::shared(const ObjectDelegates &content)
+ObjectDelegates::ObjectDelegates()
 {
-    for (const ObjectDelegates &record : records()) {
-        if (record == content) {
-            return &record;
-        }
-    }
-    records().push_back(content);
-    return &records().back();
+    records().insert(this);
 }
 
-const ObjectDelegates *ObjectDelegates::of(const Class *c)
+/** The copy is a new one, which nobody holds. */
+ObjectDelegates::ObjectDelegates(const ObjectDelegates &other)
+    : Shared(), hierarchy(other.hierarchy), serialize(other.serialize),
+      conversion(other.conversion), comparison(other.comparison)
+{
+    records().insert(this);
+}
+
+ObjectDelegates::~ObjectDelegates()
+{
+    records().erase(this);
+}
+
+SharedPtr<ObjectDelegates> ObjectDelegates::of(const Class *c)
 {
     ClassPrivate *record = ClassPrivate::get(c);
-    if (!record->objectDelegates || record->delegatesFoundAt != numChanges) {
-        ObjectDelegates found;
-        const bool areWhole = find(c, &found.hierarchy) & find(c, &found.serialize)
-            & find(c, &found.conversion) & find(c, &found.comparison);
-        record->objectDelegates = areWhole ? shared(found) : nullptr;
-        record->delegatesFoundAt = numChanges;
-        return shared(found);
+    if (record->objectDelegates && record->delegatesFoundAt == numChanges) {
+        return record->objectDelegates;
     }
+    const quint32 foundAt = numChanges;
+    const SharedPtr<ObjectDelegates> made(new ObjectDelegates);
+    const bool areWhole = find(c, &made->hierarchy) & find(c, &made->serialize)
+        & find(c, &made->conversion) & find(c, &made->comparison);
+    const SharedPtr<ObjectDelegates> &known = record->objectDelegates;
+    const bool isSame = known && known->hierarchy == made->hierarchy
+        && known->serialize == made->serialize && known->conversion == made->conversion
+        && known->comparison == made->comparison;
+    if (!isSame) {
+        record->objectDelegates = made;
+    }
+    record->delegatesFoundAt = areWhole ? foundAt : foundAt - 1;
     return record->objectDelegates;
 }
 
@@ -79,11 +87,11 @@ void ObjectDelegates::changed()
 void ObjectDelegates::forget(const Delegate *delegate)
 {
     changed();
-    for (ObjectDelegates &record : records()) {
-        clear(record.hierarchy, delegate);
-        clear(record.serialize, delegate);
-        clear(record.conversion, delegate);
-        clear(record.comparison, delegate);
+    for (ObjectDelegates *record : records()) {
+        clear(record->hierarchy, delegate);
+        clear(record->serialize, delegate);
+        clear(record->conversion, delegate);
+        clear(record->comparison, delegate);
     }
 }
 

@@ -114,9 +114,8 @@ SharedPtr<Object> newHandle(Kind kind, void *data, const Class *c, const ObjectA
 /** A handle that owns @p data, which was made by PrimitiveValue. */
 SharedPtr<Object> owned(const Class *c, void *data, const ObjectAttribute &attribute)
 {
-    SharedPtr<Object> result = c->wrap(data, attribute);
+    SharedPtr<Object> result = ObjectAccess::owned(c, data, attribute);
     if (result) {
-        result->setAutoDelete(true);
         ObjectAccess::setRoom(result.get());
     } else {
         Value(primitiveKind(c), data, attribute).deallocate();

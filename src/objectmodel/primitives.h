@@ -20,7 +20,8 @@ class PrimitiveValue;
  *   attribute with the array flag or a length above 1 stands for, is one
  *   `new T[n]`, n being the length. Every other attribute, a pointer too, means
  *   a single value.
- * - char: without pointer and array flag a single character, `new char`; with
+ * - char: without pointer and array flag a single character, `new char`; those
+ *   made by the library have a second byte, so free them through the class. With
  *   both a list of texts, `new char *[n]` of texts; otherwise a text,
  *   `new char[]`. Texts are UTF-8, end in NUL, and may be null in a list.
  * - void and undefined: no storage.

@@ -30,8 +30,9 @@ SharedPtr<Object> constructWith(const Class *c, int index, const ObjectList &arg
     const Constructor *constructor = c->constructor(index);
     if (!constructor) {
         printDiagnostic("Class::construct: No matching constructor found\n");
-        Inspector::self()->setError(QStringLiteral("Cannot construct %1: there is no constructor %2")
-                                        .arg(c->className(), QString::number(index)));
+        Inspector::self()->setError(
+            QStringLiteral("Cannot construct %1: there is no constructor %2")
+                .arg(c->className(), QString::number(index)));
         return {};
     }
     return constructor->construct(arguments);

@@ -2,7 +2,7 @@
 #define VANTREL_REFLECTION_P_H
 
 #include "objectmodel/class.h"
-#include "objectmodel/object.h"
+#include "objectmodel/object_p.h"
 
 #include <memory>
 
@@ -35,10 +35,9 @@ SharedPtr<Object> wrapCopy(const Class *c, const T &value, const ObjectAttribute
         return {};
     }
     auto copy = std::make_unique<T>(value);
-    SharedPtr<Object> object = c->wrap(copy.get(), attribute);
+    SharedPtr<Object> object = ObjectAccess::owned(c, copy.get(), attribute);
     if (object) {
         copy.release();
-        object->setAutoDelete(true);
     }
     return object;
 }

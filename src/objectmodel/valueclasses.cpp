@@ -3,7 +3,7 @@
 #include "objectmodel/datetime.h"
 #include "objectmodel/diagnostics_p.h"
 #include "objectmodel/inspector.h"
-#include "objectmodel/object.h"
+#include "objectmodel/object_p.h"
 #include "objectmodel/primitiveids.h"
 #include "objectmodel/screenvalues.h"
 
@@ -121,10 +121,8 @@ SharedPtr<Object> ValueClass::construct(int index, void **arguments)
     for (int i = 0; i < count && !copies; ++i) {
         *m_layout.member(data, i) = *static_cast<const qint32 *>(arguments[i]);
     }
-    SharedPtr<Object> object = wrap(data, ObjectAttribute());
-    if (object) {
-        object->setAutoDelete(true);
-    } else {
+    SharedPtr<Object> object = ObjectAccess::owned(this, data, ObjectAttribute());
+    if (!object) {
         m_layout.destroy(data);
     }
     return object;
