@@ -302,14 +302,14 @@ SharedPtr<Object> looselyAdapted(const SharedPtr<Object> &object, const NativeTy
 
 } // namespace
 
-NativeTypes::Data::Data(const SharedPtr<Object> &object, const Type &type)
+NativeTypes::Data::Data(const SharedPtr<Object> &object, const Type &type, Conversion conversion)
 {
     const Argument declared = resolved(QString(), type, &m_error);
     if (!m_error.isEmpty()) {
         return;
     }
     m_fitting = adapted(object, declared);
-    if (!m_fitting) {
+    if (!m_fitting && conversion == AlsoByDelegate) {
         m_fitting = looselyAdapted(object, type, declared);
     }
     if (!m_fitting) {

@@ -109,7 +109,11 @@ VANTREL_EXPORT SharedPtr<Object> voidResult();
 class VANTREL_EXPORT Data
 {
 public:
-    Data(const SharedPtr<Object> &object, const Type &type);
+    /** Whether only what an argument of a call would become counts, or also what a delegate gives.
+     */
+    enum Conversion { AsArgument, AlsoByDelegate };
+
+    Data(const SharedPtr<Object> &object, const Type &type, Conversion conversion = AsArgument);
     ~Data();
     Q_DISABLE_COPY(Data)
 
@@ -138,7 +142,8 @@ struct Result;
 
 /** The value of an object; throws std::invalid_argument when it does not fit. */
 template <class T>
-T take(const SharedPtr<Object> &object, const QString &element = QString());
+T take(const SharedPtr<Object> &object, const QString &element = QString(),
+       Data::Conversion conversion = Data::AsArgument);
 /** A new object for a value; null, with the last error set, when the type is not registered. */
 template <class R>
 SharedPtr<Object> give(const R &value);
@@ -529,10 +534,10 @@ struct Result<void>
 };
 
 template <class T>
-T take(const SharedPtr<Object> &object, const QString &element)
+T take(const SharedPtr<Object> &object, const QString &element, Data::Conversion conversion)
 {
     const Type type = Parameter<T>::describe();
-    const Data data(object, type);
+    const Data data(object, type, conversion);
     if (!data.isValid()) {
         refuse(element, data.error());
     }

@@ -63,7 +63,7 @@ T unwrap(const SharedPtr<Object> &object, bool *ok = nullptr)
         *ok = true;
     }
     try {
-        return NativeTypes::take<T>(object);
+        return NativeTypes::take<T>(object, QString(), NativeTypes::Data::AlsoByDelegate);
     } catch (const std::exception &error) {
         NativeTypes::reportUnwrap(typeid(T), object, error.what());
     } catch (...) {
