@@ -268,7 +268,34 @@ TEST(Handles, LetTheirClassUseThemWhileItFreesTheirData)
     EXPECT_EQ(1, deletions);
     view->put(nullptr);
     EXPECT_EQ(2, deletions);
+    SharedPtr<Object> number = wrap(1);
+    number->castTo(&c);
+    number.reset();
+    EXPECT_EQ(3, deletions) << "though the library made the data";
     c.onDelete = nullptr;
+}
+
+TEST(Handles, KeepWhatConversionsMakeOfThem)
+{
+    auto &c = *new TestClass("HandlesConverted");
+    int deletions = 0;
+    int data = 0;
+    c.onDelete = [&](void *) { ++deletions; };
+    c.onCanConvert = [](const Class *, bool, bool) { return true; };
+    c.onConvert = [](SharedPtr<Object> object, const Class *target) {
+        return target->wrap(&nativeOf<int>(object), ObjectAttribute::Pointer());
+    };
+    SharedPtr<Object> object(new Object(&data, &c, ObjectAttribute()));
+    object->setAutoDelete(true);
+    SharedPtr<Object> view = object->type()->convertTo(object, classes().other, true);
+    view->put(&data); // the same
+    object.reset();
+    EXPECT_EQ(0, deletions);
+    view.reset();
+    EXPECT_EQ(1, deletions);
+    c.onDelete = nullptr;
+    c.onCanConvert = nullptr;
+    c.onConvert = nullptr;
 }
 
 TEST(Handles, AreLeftAloneWhenWrapGivesThemAgain)
@@ -330,6 +357,13 @@ TEST(Handles, FreeValuesOfClassesWrittenByHand)
     ASSERT_TRUE(registerNativeClass<Refused>(refusing));
     EXPECT_FALSE(wrap(Refused()));
     EXPECT_EQ((std::vector<int>{6, 6}), taken(&ended));
+    refusing->refuses = false;
+    Refused first;
+    refusing->wrap(&first, ObjectAttribute());
+    EXPECT_FALSE(wrap(first)) << "its one handle is of other data";
+    EXPECT_FALSE(refusing->handle->isAutoDelete());
+    EXPECT_EQ(std::vector<int>{6}, taken(&ended));
+    refusing->handle.reset();
 }
 
 TEST(Handles, OfCharactersAndTextsStayWithinTheirData)

@@ -66,8 +66,10 @@ SharedPtr<ObjectDelegates> ObjectDelegates::of(const Class *c)
     }
     const quint32 foundAt = numChanges;
     const SharedPtr<ObjectDelegates> made(new ObjectDelegates);
-    const bool areWhole = find(c, &made->hierarchy) & find(c, &made->serialize)
-        & find(c, &made->conversion) & find(c, &made->comparison);
+    bool areWhole = find(c, &made->hierarchy);
+    areWhole = find(c, &made->serialize) && areWhole;
+    areWhole = find(c, &made->conversion) && areWhole;
+    areWhole = find(c, &made->comparison) && areWhole;
     const SharedPtr<ObjectDelegates> &known = record->objectDelegates;
     const bool isSame = known && known->hierarchy == made->hierarchy
         && known->serialize == made->serialize && known->conversion == made->conversion
