@@ -289,10 +289,21 @@ TEST(Handles, KeepWhatConversionsMakeOfThem)
     object->setAutoDelete(true);
     SharedPtr<Object> view = object->type()->convertTo(object, classes().other, true);
     view->put(&data); // the same
+    object->put(&data);
     object.reset();
     EXPECT_EQ(0, deletions);
     view.reset();
     EXPECT_EQ(1, deletions);
+
+    object = SharedPtr<Object>(new Object(&data, &c, ObjectAttribute()));
+    object->setAutoDelete(true);
+    c.onDelete = [&](void *) {
+        ++deletions;
+        object->invalidate();
+    };
+    object->put(&deletions);
+    EXPECT_TRUE(object->isNull());
+    EXPECT_EQ(3, deletions) << "the new data too, which nothing holds";
     c.onDelete = nullptr;
     c.onCanConvert = nullptr;
     c.onConvert = nullptr;

@@ -30,6 +30,7 @@ namespace {
 
 constexpr std::size_t step = 8;
 constexpr std::size_t largestSize = 160;
+constexpr std::size_t numLists = step + largestSize / step;
 constexpr int mostKept = 512;
 
 /** Blocks of one size. They are not written to: the smallest have no room for a link. */
@@ -40,30 +41,43 @@ struct KeptBlocks
 };
 
 // Zero from the start and never destroyed: handles are made before and after everything else.
-KeptBlocks keptBlocks[step + largestSize / step];
+KeptBlocks keptBlocks[numLists];
 
-/** Exact, because a block that was made elsewhere is no larger than its size. */
-KeptBlocks *blocksOfSize(std::size_t size)
+/**
+ * The list for blocks of exactly a size, because one that was made elsewhere is
+ * no larger than it has to be. List 0, for all other sizes, stays empty.
+ */
+struct ListOfSize
 {
-    if (size >= step && size <= largestSize && size % step == 0) {
-        return &keptBlocks[step - 1 + size / step];
+    constexpr ListOfSize() : index()
+    {
+        for (std::size_t size = 1; size <= largestSize; ++size) {
+            const std::size_t list = size < step ? size : step - 1 + size / step;
+            index[size] = size < step || size % step == 0 ? static_cast<unsigned char>(list) : 0;
+        }
     }
-    return size < step ? &keptBlocks[size] : nullptr;
-}
+    unsigned char index[largestSize + 1];
+};
+
+constexpr ListOfSize listOfSize;
 
 } // namespace
 
 void *BlockPool::take(std::size_t size)
 {
-    KeptBlocks *kept = blocksOfSize(size);
-    return kept && kept->count > 0 ? kept->blocks[--kept->count] : ::operator new(size);
+    if (size > largestSize) {
+        return ::operator new(size);
+    }
+    KeptBlocks &kept = keptBlocks[listOfSize.index[size]];
+    return kept.count > 0 ? kept.blocks[--kept.count] : ::operator new(size);
 }
 
 void BlockPool::give(void *block, std::size_t size) noexcept
 {
-    KeptBlocks *kept = blocksOfSize(size);
-    if (kept && kept->count < mostKept) {
-        kept->blocks[kept->count++] = block;
+    const unsigned list = size > largestSize ? 0 : listOfSize.index[size];
+    KeptBlocks &kept = keptBlocks[list];
+    if (list > 0 && kept.count < mostKept) {
+        kept.blocks[kept.count++] = block;
     } else {
         ::operator delete(block);
     }

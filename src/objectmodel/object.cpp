@@ -171,10 +171,18 @@ void Object::put(void *data)
 void Object::put(void *data, const Class *former)
 {
     delete std::exchange(m_userData, nullptr);
-    if (data == m_data && !m_autoDelete) {
-        return; // a view goes on keeping what it sees
+    if (data == m_data && (m_holder || !m_autoDelete)) {
+        return; // what others see stays, and a view goes on keeping it
     }
+    const bool wasValid = !m_invalid;
     letGoOfData(former);
+    if (wasValid && m_invalid) {
+        // The class ended the handle meanwhile, so nothing can be put into it any more.
+        if (m_autoDelete) {
+            former->deleteObjectData(data, objectAttribute());
+        }
+        return;
+    }
     m_data = data;
 }
 
@@ -283,7 +291,6 @@ SharedPtr<Object> Object::castTo(const Class *target)
             m_holder->setMadeAs(target);
         }
         m_class = target;
-        m_blockSize = 0;
         clearDelegates();
     }
     return self();
