@@ -267,7 +267,7 @@ TEST(Object, AsksItsHierarchyDelegate)
     EXPECT_EQ(2u, object->children().size());
     EXPECT_EQ(object, object->childByName("x"));
     EXPECT_EQ(7, object->wrapperType());
-    new TwoLevels("OtTree");
+    const TwoLevels later("OtTree");
     EXPECT_EQ(3, object->numChildren());
     object->castTo(&c);
     EXPECT_EQ(3, object->numChildren()) << "nothing to cast";
