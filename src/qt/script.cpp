@@ -71,6 +71,7 @@ private:
     std::unique_ptr<Script> m_script;
     std::vector<std::unique_ptr<Script>> m_abandoned;
     QMetaObject::Connection m_aboutToQuit;
+    quint64 m_lastSuspension = 0;
 };
 
 Runner *Runner::self()
@@ -166,7 +167,8 @@ void Runner::suspendUntilPosted()
 
 std::function<void()> Runner::wakeUp()
 {
-    const quint64 suspension = ++m_script->suspension;
+    // A timer of a script that was cut off must not wake up the next one.
+    const quint64 suspension = m_script->suspension = ++m_lastSuspension;
     return [this, suspension] {
         if (m_script && m_script->suspension == suspension) {
             resume();
